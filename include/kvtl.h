@@ -1,0 +1,181 @@
+/*
+ * kvtl.h -- public interface of the Tessel modelling library (libkvtl).
+ * Compiles as C99 and as C++; every function has C linkage.
+ */
+#ifndef KVTL_H
+#define KVTL_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#if defined(KVTL_BUILDING)
+#define KVTL_API __attribute__((visibility("default")))
+#else
+#define KVTL_API
+#endif
+
+/* ---- Handles ---------------------------------------------------------------
+ * Records are reached through opaque handles that compare as addresses. */
+typedef struct mdl_problem *MDLprob;     /* a problem */
+typedef struct mdl_var *MDLvar;          /* a variable */
+typedef struct mdl_ctr *MDLctr;          /* a constraint (or the objective) */
+typedef struct mdl_sos *MDLsos;          /* a special ordered set */
+typedef struct mdl_termlst *MDLtermlst;  /* a term list (null: empty list) */
+typedef struct kvsl_prob *MDLkvslprob;   /* an engine problem */
+
+/* Callbacks.  The error callback receives the message number, 1 for an error
+ * or 0 for a warning, and the formatted text. */
+typedef void (*MDLcberr)(MDLprob prob, void *user, int num, int iserror,
+                         const char *text);
+typedef void (*MDLcbmsg)(MDLprob prob, void *user, const char *text);
+typedef void (*MDLcbdelvar)(MDLprob prob, void *user, MDLvar var, void *link);
+/* Memory hooks receive the number of bytes just obtained or released. */
+typedef void (*MDLcbmem)(uint64_t bytes);
+
+/* Infinite bounds, limits and ranges. */
+#define MDL_INFINITY 1.0e20
+
+/* ---- Start-up, shutdown and thread context ------------------------------- */
+
+/* Allocator hooks: all memory the library owns goes through them.  Set them
+ * before start-up; null hooks become malloc and free at start-up. */
+KVTL_API extern void *(*mdlsl_malloc)(size_t size);
+KVTL_API extern void (*mdlsl_free)(void *ptr);
+
+/* Counted start-up: 0 on success, 1 when the engine fails to start. */
+KVTL_API int mdlslinit(void);
+/* Undo one start-up: 0, or 1 when not started (or the count is spent). */
+KVTL_API int mdlslfinish(void);
+/* Start-up for an object-oriented wrapper layer (asynchronous-free mode). */
+KVTL_API int mdlslinitj(void);
+/* Start-up for a managed-runtime wrapper: grow/shrink hear of net memory
+ * changes in steps of at least the memory-usage threshold. */
+KVTL_API int mdlslinitdn(MDLcbmem grow, MDLcbmem shrink);
+/* Asynchronous-free mode: term lists may be released from another thread. */
+KVTL_API void mdlsetasyncfree(int flag);
+/* Hooks called by the pools with every block size obtained / released. */
+KVTL_API void mdlsetcbglbmemannotify(MDLcbmem onalloc, MDLcbmem onfree);
+KVTL_API uint64_t mdlgetmemoryusagechangethreshold(void);
+KVTL_API void mdlsetmemoryusagechangethreshold(uint64_t value);
+/* Library version text, "4.8.8". */
+KVTL_API const char *mdlgetversion(void);
+/* Processor time of the process in milliseconds. */
+KVTL_API int32_t mdlgettime(void);
+/* Current problem of the calling thread. */
+KVTL_API MDLprob mdlgetprob(void);
+KVTL_API int mdlchgprob(MDLprob prob);
+/* Decimal sign of the calling thread (used when reading data files). */
+KVTL_API char mdlgetdecsign(void);
+KVTL_API int mdlsetdecsign(char sign);
+
+/* ---- Errors, messages and output ----------------------------------------- */
+
+/* Report row `pos` of the message table (see MDL_E_* positions below). */
+KVTL_API void mdlerror(MDLprob prob, int pos, ...);
+/* 1 (default): an error ends the process with its number; 0: return. */
+KVTL_API int mdlseterrctrl(int flag);
+/* Callbacks of a problem, or with a null problem the global defaults. */
+KVTL_API int mdldefcberr_prob(MDLprob prob, MDLcberr cb, void *user);
+KVTL_API int mdldefcbmsg_prob(MDLprob prob, MDLcbmsg cb, void *user);
+KVTL_API int mdldefcbdelvar_prob(MDLprob prob, MDLcbdelvar cb, void *user);
+/* Message level: 0 silent, 1 errors, 2 warnings, 3 (default) solver log,
+ * 4 and more status texts. */
+KVTL_API int mdlsetmsglevel_prob(MDLprob prob, int level);
+/* printf format of one real number in model output (default "%g"). */
+KVTL_API int mdlsetrealfmt_prob(MDLprob prob, const char *format);
+/* Column order 0..3 of matrix generation (non-zero: sorted by name). */
+KVTL_API int mdlsetcolorder_prob(MDLprob prob, int order);
+/* Formatted output through the message callback or standard output. */
+KVTL_API int32_t mdlprintf_prob(MDLprob prob, const char *format, ...);
+KVTL_API int32_t mdlprintf(const char *format, ...);
+
+/* ---- Memory pools ---------------------------------------------------------- */
+
+/* A chunk of the problem's pool (global pool for a null problem). */
+KVTL_API void *mdlallocmem(MDLprob prob, size_t size, int zero);
+/* Give a chunk back; size must be the size it was requested with. */
+KVTL_API void mdlrecyclemem(MDLprob prob, void *ptr, size_t size);
+/* Pool copy of a text; null for a null or empty text. */
+KVTL_API char *mdlstrdup(MDLprob prob, const char *text);
+/* A new zeroed problem record heading its own pool (reference count 1). */
+KVTL_API MDLprob mdlallocprob(void);
+/* Drop one reference of a problem; the last one releases its pool. */
+KVTL_API void mdldeallocprob(MDLprob prob);
+/* Add one reference to a problem. */
+KVTL_API void mdlinrcprob(MDLprob prob);
+
+/* ---- Message table positions (second argument of mdlerror) --------------- */
+enum {
+  MDL_E_NOPROB = 0,        /* 1501 E (%s) No active problem. */
+  MDL_E_NOMEM = 1,         /* 1502 E Not enough memory. */
+  MDL_E_DICTREINIT = 2,    /* 1504 E Dictionary cannot be re-initialized. */
+  MDL_E_NOVAR = 3,         /* 1505 E (%s) No variable given. */
+  MDL_E_NOARRVAR = 4,      /* 1506 E */
+  MDL_E_NOCTR = 5,         /* 1507 E */
+  MDL_E_NOSOS = 6,         /* 1508 E */
+  MDL_E_NOCUT = 7,         /* 1509 E */
+  MDL_E_NOBASIS = 8,       /* 1510 E */
+  MDL_E_NOARRCONST = 9,    /* 1512 E */
+  MDL_W_NOVAR = 10,        /* 1513 W */
+  MDL_W_NOCTR = 11,        /* 1514 W */
+  MDL_E_PROBHASNO = 12,    /* 1515 E (%s) Problem has no %s. */
+  MDL_W_PROBHASNO = 13,    /* 1516 W */
+  MDL_W_NOSOS = 14,        /* 1518 W */
+  MDL_W_NOCUT = 15,        /* 1519 W */
+  MDL_W_NOSOL = 16,        /* 1520 W no solution available */
+  MDL_E_OBJVAL = 17,       /* 1521 E */
+  MDL_E_GETSTATUS = 18,    /* 1522 E */
+  MDL_E_SOLOPT = 19,       /* 1523 E */
+  MDL_E_KVSL = 20,         /* 1524 E engine error */
+  MDL_W_DIFFPROB = 21,     /* 1525 W */
+  MDL_E_NOTLOADED = 22,    /* 1526 E */
+  MDL_W_LOADMIPSOL = 23,   /* 1527 W */
+  MDL_E_VARBOUNDS = 24,    /* 1530 E */
+  MDL_E_VARTYPE = 25,      /* 1531 E */
+  MDL_E_CTRTYPE = 26,      /* 1535 E */
+  MDL_E_CTRRANGE = 27,     /* 1536 E */
+  MDL_E_STDCTR = 28,       /* 1538 E */
+  MDL_E_INDICTYPE = 29,    /* 1539 E */
+  MDL_E_INCVARSTYPE = 30,  /* 1595 E */
+  MDL_E_ARRCLOSED = 31,    /* 1540 E */
+  MDL_E_ARRINDEX = 32,     /* 1541 E */
+  MDL_E_ARRFULL = 33,      /* 1542 E */
+  MDL_E_ARRINCOMPLETE = 34,/* 1543 E */
+  MDL_E_SOSTYPE = 35,      /* 1545 E */
+  MDL_E_DIRTYPE = 36,      /* 1547 E */
+  MDL_E_NOIDX = 37,        /* 1550 E */
+  MDL_W_IDXNONAME = 38,    /* 1551 W */
+  MDL_W_NOIDX = 39,        /* 1552 W */
+  MDL_W_IISINDEX = 40,     /* 1555 W */
+  MDL_E_INIT = 41,         /* 1561 E */
+  MDL_E_GENINCONS = 42,    /* 1563 E */
+  MDL_E_INTERNAL = 43,     /* 1565 E */
+  MDL_E_NAMELEN = 44,      /* 1566 E */
+  MDL_W_KVSLMSG = 45,      /* 1570 W KVSL: %s */
+  MDL_E_NOKVSLPROB = 46,   /* 1572 E */
+  MDL_W_NOMATCH = 47,      /* 1573 W */
+  MDL_E_ARGVALUE = 48,     /* 1575 E */
+  MDL_W_FILEFORMAT = 49,   /* 1580 W */
+  MDL_E_MPSWRITE = 50,     /* 1582 E */
+  MDL_E_CUTTERM = 51,      /* 1585 E */
+  MDL_W_CUTMODE = 52,      /* 1587 W */
+  MDL_E_NONQUAD = 53,      /* 1591 E */
+  MDL_W_LIMTYPE = 54,      /* 1592 W */
+  MDL_W_LIMBOUNDS = 55,    /* 1593 W */
+  MDL_E_NONBINDING = 56,   /* 1594 E */
+  MDL_W_ADDMIPSOL = 57,    /* 1596 W */
+  MDL_E_NOSOL = 58,        /* 1597 E */
+  MDL_W_NOSOLGIVEN = 59,   /* 1598 W */
+  MDL_W_SOLNAN = 60,       /* 1599 W */
+  MDL_E_COUNT = 61
+};
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* KVTL_H */

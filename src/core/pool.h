@@ -1,0 +1,51 @@
+/*
+ * pool.h -- memory pools: bump allocation from large blocks, 20 exact-size
+ * free lists for small chunks, release of a whole pool at once.
+ */
+#ifndef KVTL_CORE_POOL_H
+#define KVTL_CORE_POOL_H
+
+#include <pthread.h>
+#include <stddef.h>
+#include <stdint.h>
+
+#include "kvtl.h"
+
+namespace kvtl {
+
+constexpr size_t block_head_size = 32;    // prev, next, cursor, end
+constexpr size_t freelist_count = 20;     // sizes 8..87 by size / 4 - 2
+constexpr size_t freelist_table_size = freelist_count * sizeof(void *);
+constexpr size_t min_block_size = 4096;
+
+struct pool_block {
+  pool_block *prev;  // older block
+  pool_block *next;  // newer block
+  char *cursor;      // first free byte
+  char *end;         // one past the block
+};
+static_assert(sizeof(pool_block) == block_head_size);
+
+struct pool_header {
+  pthread_mutex_t mutex;
+  uint64_t live;            // chunks handed out and not given back
+  pool_block *first;
+  pool_block *current;      // the block allocations bump from
+  void **freelists;         // 20 list heads inside the first block
+  MDLcbmem on_alloc;
+  MDLcbmem on_free;
+};
+
+// The library-wide pool used for allocations without a problem.
+pool_header &global_pool();
+
+// Allocation and give-back on an explicit pool; `prob` is only used to
+// report a failure and `lock` says whether the pool's mutex is taken.
+void *pool_alloc(pool_header &pool, MDLprob prob, size_t size, bool lock);
+void pool_recycle(pool_header &pool, void *ptr, size_t size, bool lock);
+// Free every block of a pool (reporting each to its on-free hook).
+void pool_release_blocks(pool_header &pool);
+
+}  // namespace kvtl
+
+#endif

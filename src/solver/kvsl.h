@@ -1,0 +1,478 @@
+/*
+ * kvsl.h -- the C interface of the Korvex-Optimizer solver engine (libkvsl).
+ * The modelling library talks to the engine only through what is declared here.
+ *
+ * Conventions
+ * -----------
+ * - Every function returns int: 0 on success, non-zero on failure.  After a
+ *   failure the engine's error code can be read as integer attribute
+ *   KVSL_ATTR_ERRORCODE (1023) of the problem concerned (for the functions
+ *   without a problem, KVSLinit and KVSLfree, the return value is the code).
+ * - Column starts (KVSLload*64, KVSLaddcuts, KVSLgetcpcuts), set starts and
+ *   per-row quadratic term counts are 64-bit (int64_t); row and column
+ *   indices, counts of rows/columns/sets and everything else are 32-bit int.
+ * - Infinity is +-1e20 (KVSL_INFINITY): a bound or range of that magnitude or
+ *   more is unbounded; the engine converts it to its backends' own infinity.
+ * - Row types are letters: 'N' free, 'L' <=, 'G' >=, 'E' =, 'R' range (the
+ *   row reads  rhs - range <= a'x <= rhs).  Set types: '1', '2'.  Global
+ *   entity types: 'B' binary, 'I' integer, 'P' partial integer, 'S'
+ *   semi-continuous, 'R' semi-continuous integer.
+ * - A column-wise matrix is given by colstart[j] (64-bit), colcount[j] and the
+ *   row indices / values of column j at positions colstart[j] ..
+ *   colstart[j] + colcount[j] - 1.  colcount may be NULL: then colstart has
+ *   ncols + 1 entries and column j ends at colstart[j + 1].
+ * - Quadratic forms are given as triples (col1, col2, value) of the upper
+ *   triangle, each off-diagonal pair once.  The objective's quadratic part is
+ *   0.5 x'Qx: a triple (j, j, v) contributes v/2 x_j^2 and (i, j, v), i != j,
+ *   contributes v x_i x_j.  A quadratic row's form is x'Qx with each triple
+ *   (i, j, v) contributing v x_i x_j for i == j and 2 v x_i x_j otherwise.
+ * - All arrays are copied by the engine; the caller keeps ownership.
+ * - Problems are independent of each other: different problems may be used
+ *   from different threads at the same time.  One problem is used by one
+ *   thread at a time.
+ */
+#ifndef KVSL_H
+#define KVSL_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#define KVSL_INFINITY 1.0e20
+
+/* An engine problem: a matrix, its controls, attributes and solutions. */
+typedef struct kvsl_prob *KVSLprob;
+
+/* A cut of the engine's cut pool (KVSLgetcutlist / KVSLgetcpcuts). */
+typedef struct kvsl_cut *KVSLcut;
+
+/*
+ * Message callback: every line the engine or its backends print is handed to
+ * it, without the trailing newline, with a message type: 1 information,
+ * 3 warning, 4 error (0 and 2 are information too; negative types flush and
+ * carry no text).  The engine prints nothing itself: without a callback the
+ * text is dropped.  Output controls (KVSL_CTRL_OUTPUTLOG and the log levels)
+ * decide which lines are produced.
+ */
+typedef void (*KVSLmsgcb)(KVSLprob prob, void *user, const char *text, int len,
+                          int msgtype);
+
+/* ---- Start-up and problems ------------------------------------------------ */
+
+/* Start the engine (counted; path is the installation directory, may be NULL). */
+int KVSLinit(const char *path);
+/* Finish the engine: undoes one KVSLinit. */
+int KVSLfree(void);
+/* Create an empty problem with default controls; *prob receives it. */
+int KVSLcreateprob(KVSLprob *prob);
+/* Destroy a problem and everything it holds. */
+int KVSLdestroyprob(KVSLprob prob);
+/* Set the problem's name (the base of its side files: .sol, .rng, .glb). */
+int KVSLsetprobname(KVSLprob prob, const char *name);
+/* Install (or with cb NULL remove) the message callback of a problem. */
+int KVSLsetcbmessage(KVSLprob prob, KVSLmsgcb cb, void *user);
+
+/* ---- Controls and attributes (numbers in the tables below) --------------- */
+
+int KVSLsetintcontrol(KVSLprob prob, int control, int value);
+int KVSLgetintcontrol(KVSLprob prob, int control, int *value);
+int KVSLsetdblcontrol(KVSLprob prob, int control, double value);
+int KVSLgetdblcontrol(KVSLprob prob, int control, double *value);
+/* Restore one control (integer or double) to its default value. */
+int KVSLsetdefaultcontrol(KVSLprob prob, int control);
+int KVSLgetintattrib(KVSLprob prob, int attrib, int *value);
+int KVSLgetdblattrib(KVSLprob prob, int attrib, double *value);
+
+/* ---- Loading a matrix ----------------------------------------------------- */
+/*
+ * Every load replaces the problem's matrix, solutions, bases, cuts, entities,
+ * names, directives and special rows.  Common arguments:
+ *   name      problem name (may be NULL)
+ *   ncols, nrows
+ *   rowtype   nrows letters N L G E R
+ *   rhs       nrows right-hand sides
+ *   range     nrows range widths (read for 'R' rows only; may be NULL)
+ *   obj       ncols objective coefficients (may be NULL: all 0)
+ *   colstart, colcount, rowind, rowval   the column-wise matrix (see above)
+ *   lb, ub    ncols bounds (may be NULL: 0 and +infinity)
+ * Quadratic objective:  nqobj triples qobjcol1, qobjcol2, qobjval.
+ * Quadratic rows:       nqrows rows qrow[k] with qrowcount[k] (64-bit) triples
+ *                       each, concatenated in qrowcol1, qrowcol2, qrowval.
+ * Global entities:      nglobal entities of type enttype[k] on column
+ *                       entcol[k] with limit entlimit[k] (the limit of 'P',
+ *                       'S', 'R' entities; ignored for 'B' and 'I'; may be
+ *                       NULL); nsets sets of type settype[s] whose members
+ *                       are setcol[setstart[s] .. setstart[s+1]-1] with
+ *                       reference values (weights) setref[...]; setstart has
+ *                       nsets + 1 entries.
+ */
+int KVSLloadlp64(KVSLprob prob, const char *name, int ncols, int nrows,
+                 const char rowtype[], const double rhs[], const double range[],
+                 const double obj[], const int64_t colstart[],
+                 const int colcount[], const int rowind[],
+                 const double rowval[], const double lb[], const double ub[]);
+
+int KVSLloadqp64(KVSLprob prob, const char *name, int ncols, int nrows,
+                 const char rowtype[], const double rhs[], const double range[],
+                 const double obj[], const int64_t colstart[],
+                 const int colcount[], const int rowind[],
+                 const double rowval[], const double lb[], const double ub[],
+                 int64_t nqobj, const int qobjcol1[], const int qobjcol2[],
+                 const double qobjval[]);
+
+int KVSLloadqcqp64(KVSLprob prob, const char *name, int ncols, int nrows,
+                   const char rowtype[], const double rhs[],
+                   const double range[], const double obj[],
+                   const int64_t colstart[], const int colcount[],
+                   const int rowind[], const double rowval[], const double lb[],
+                   const double ub[], int64_t nqobj, const int qobjcol1[],
+                   const int qobjcol2[], const double qobjval[], int nqrows,
+                   const int qrow[], const int64_t qrowcount[],
+                   const int qrowcol1[], const int qrowcol2[],
+                   const double qrowval[]);
+
+int KVSLloadglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
+                     const char rowtype[], const double rhs[],
+                     const double range[], const double obj[],
+                     const int64_t colstart[], const int colcount[],
+                     const int rowind[], const double rowval[],
+                     const double lb[], const double ub[], int nglobal,
+                     int nsets, const char enttype[], const int entcol[],
+                     const double entlimit[], const char settype[],
+                     const int64_t setstart[], const int setcol[],
+                     const double setref[]);
+
+int KVSLloadqglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
+                      const char rowtype[], const double rhs[],
+                      const double range[], const double obj[],
+                      const int64_t colstart[], const int colcount[],
+                      const int rowind[], const double rowval[],
+                      const double lb[], const double ub[], int64_t nqobj,
+                      const int qobjcol1[], const int qobjcol2[],
+                      const double qobjval[], int nglobal, int nsets,
+                      const char enttype[], const int entcol[],
+                      const double entlimit[], const char settype[],
+                      const int64_t setstart[], const int setcol[],
+                      const double setref[]);
+
+int KVSLloadqcqpglobal64(
+    KVSLprob prob, const char *name, int ncols, int nrows, const char rowtype[],
+    const double rhs[], const double range[], const double obj[],
+    const int64_t colstart[], const int colcount[], const int rowind[],
+    const double rowval[], const double lb[], const double ub[], int64_t nqobj,
+    const int qobjcol1[], const int qobjcol2[], const double qobjval[],
+    int nqrows, const int qrow[], const int64_t qrowcount[],
+    const int qrowcol1[], const int qrowcol2[], const double qrowval[],
+    int nglobal, int nsets, const char enttype[], const int entcol[],
+    const double entlimit[], const char settype[], const int64_t setstart[],
+    const int setcol[], const double setref[]);
+
+/*
+ * Change n objective coefficients.  Column -1 is the objective constant, kept
+ * with the opposite sign: a value v at column -1 makes the objective c'x - v.
+ */
+int KVSLchgobj(KVSLprob prob, int n, const int col[], const double val[]);
+/* Objective sense: 1 minimise, -1 maximise. */
+int KVSLchgobjsense(KVSLprob prob, int sense);
+/*
+ * Change n bounds: bndtype[k] is 'L' (lower), 'U' (upper) or 'B' (both) of
+ * column col[k], to val[k].  Takes effect on the loaded matrix at once.
+ */
+int KVSLchgbounds(KVSLprob prob, int n, const int col[], const char bndtype[],
+                  const double val[]);
+/* Change the limits of n partial integer / semi-continuous entities. */
+int KVSLchgglblimit(KVSLprob prob, int n, const int col[],
+                    const double limit[]);
+/* Mark n rows as model cuts: valid inequalities the search may use as cuts. */
+int KVSLloadmodelcuts(KVSLprob prob, int n, const int row[]);
+/*
+ * Make n rows indicator rows: row[k] must hold when column col[k] (a binary)
+ * equals 1 (flag[k] = 1) or 0 (flag[k] = -1).  flag 0 makes it a plain row.
+ */
+int KVSLsetindicators(KVSLprob prob, int n, const int row[], const int col[],
+                      const int flag[]);
+/* Mark n rows as delayed: enforced lazily, never violated by a solution. */
+int KVSLloaddelayedrows(KVSLprob prob, int n, const int row[]);
+/*
+ * Names of rows (type 1), columns (type 2) or sets (type 3) first..last:
+ * the names follow each other in names, each ended by a zero byte.
+ */
+int KVSLaddnames(KVSLprob prob, int type, const char names[], int first,
+                 int last);
+/*
+ * Branching directives of n objects: obj[k] >= 0 is a column, obj[k] < 0 the
+ * set number -obj[k] (sets counted from 1).  prio[k]: priority 0..1000, a
+ * lower value branched on first; dir[k]: 'U' up first, 'D' down first,
+ * 'N' no preference; up[k], down[k]: pseudo costs per unit.
+ */
+int KVSLloaddirs(KVSLprob prob, int n, const int obj[], const int prio[],
+                 const char dir[], const double up[], const double down[]);
+
+/* ---- Optimisation --------------------------------------------------------- */
+/*
+ * Option letters (case-insensitive; unknown letters are ignored by the engine):
+ *   p  primal simplex       d  dual simplex (default)   b  barrier
+ *   n  network-friendly pricing (taken as primal simplex)
+ *   l  stop after the LP relaxation of a MIP (KVSLmipoptimize, minim, maxim)
+ *   g  global search: KVSLminim / KVSLmaxim solve a model with global
+ *      entities as a MIP; without g they solve its LP relaxation
+ *   c  continue from the current state (KVSLlpoptimize, KVSLmipoptimize)
+ * KVSLlpoptimize solves the LP relaxation (with a quadratic objective: the
+ * QP); KVSLmipoptimize always runs the global search.
+ */
+int KVSLlpoptimize(KVSLprob prob, const char *flags);
+int KVSLmipoptimize(KVSLprob prob, const char *flags);
+/* Set the objective sense to minimise (maximise) and optimise. */
+int KVSLminim(KVSLprob prob, const char *flags);
+int KVSLmaxim(KVSLprob prob, const char *flags);
+/* Bring a presolved problem back to its original form (no-op otherwise). */
+int KVSLpostsolve(KVSLprob prob);
+/* Prepare a new global search from the root (drops the previous tree). */
+int KVSLinitglobal(KVSLprob prob);
+/*
+ * Fix every global entity at its value in the current MIP solution (rounded
+ * to the nearest integer when round is non-zero), so that a following LP
+ * gives duals and reduced costs for the fixed problem.
+ */
+int KVSLfixglobals(KVSLprob prob, int round);
+
+/* ---- Solutions ------------------------------------------------------------ */
+
+/* LP solution: ncols values, nrows slacks, nrows duals, ncols reduced costs;
+ * any may be NULL.  Slack of row i is rhs_i - activity_i. */
+int KVSLgetlpsol(KVSLprob prob, double x[], double slack[], double dual[],
+                 double dj[]);
+/* Best MIP solution: ncols values and nrows slacks (either may be NULL). */
+int KVSLgetmipsol(KVSLprob prob, double x[], double slack[]);
+/* Compute ranging (sensitivity) information of the current LP solution. */
+int KVSLrange(KVSLprob prob);
+/*
+ * Row ranging, nrows each: upact/loact the activity range over which the
+ * row's dual stays valid, uup/udn the objective change per unit of activity
+ * up and down.
+ */
+int KVSLgetrowrange(KVSLprob prob, double upact[], double loact[],
+                    double uup[], double udn[]);
+/*
+ * Column ranging, ncols each: upact/loact the value range of the column,
+ * uup/udn the objective change per unit up and down, ucost/lcost the
+ * objective coefficient range over which the basis stays optimal.
+ */
+int KVSLgetcolrange(KVSLprob prob, double upact[], double loact[],
+                    double uup[], double udn[], double ucost[],
+                    double lcost[]);
+/* Solution files (formats documented with the engine). */
+int KVSLwritesol(KVSLprob prob, const char *file, const char *flags);
+int KVSLwriteprtsol(KVSLprob prob, const char *file, const char *flags);
+int KVSLwriteslxsol(KVSLprob prob, const char *file, const char *flags);
+int KVSLwritebinsol(KVSLprob prob, const char *file, const char *flags);
+int KVSLreadbinsol(KVSLprob prob, const char *file, const char *flags);
+int KVSLreadslxsol(KVSLprob prob, const char *file, const char *flags);
+
+/* ---- Bases and infeasible subsystems -------------------------------------- */
+
+/* Basis statuses 0 at lower bound, 1 basic, 2 at upper bound, 3 super-basic
+ * (free non-basic); nrows row statuses and ncols column statuses. */
+int KVSLgetbasis(KVSLprob prob, int rowstat[], int colstat[]);
+int KVSLloadbasis(KVSLprob prob, const int rowstat[], const int colstat[]);
+/* *count: the number of IIS found so far, -1 when no search has run. */
+int KVSLiisstatus(KVSLprob prob, int *count);
+/* Find every IIS; the count is then attribute KVSL_ATTR_NUMIIS. */
+int KVSLiisall(KVSLprob prob);
+/*
+ * Start a search (mode 0: IIS 0, the approximation from the infeasibility
+ * proof; mode 1: the first irreducible subsystem, IIS 1) and go on with the
+ * next; *status is 0 when one was found, 1 when the search has ended.
+ */
+int KVSLiisfirst(KVSLprob prob, int mode, int *status);
+int KVSLiisnext(KVSLprob prob, int *status);
+/*
+ * Data of IIS num: *nrows and *ncols receive its sizes; rowind, colind and
+ * rowtype (may be NULL) its row numbers, column numbers and the type letters
+ * of its rows ('1' or '2' for a special ordered set, whose "row" index is
+ * then the set number - 1).
+ */
+int KVSLgetiisdata(KVSLprob prob, int num, int *nrows, int *ncols,
+                   int rowind[], int colind[], char rowtype[]);
+
+/* ---- MIP solutions and cuts ---------------------------------------------- */
+
+/* Offer a (partial) MIP start: n values of the given columns. */
+int KVSLaddmipsol(KVSLprob prob, int n, const double val[], const int col[],
+                  const char *name);
+/* Offer a full solution (ncols values); *status 0 accepted, 1 infeasible,
+ * 2 worse than the incumbent. */
+int KVSLloadmipsol(KVSLprob prob, const double x[], int *status);
+/*
+ * Add ncuts cuts to the current node problem: cut k has type number
+ * cuttype[k], row type rowtype[k] ('L', 'G', 'E'), right-hand side rhs[k] and
+ * coefficients col/val[start[k] .. start[k+1]-1].
+ */
+int KVSLaddcuts(KVSLprob prob, int ncuts, const int cuttype[],
+                const char rowtype[], const double rhs[],
+                const int64_t start[], const int col[], const double val[]);
+/*
+ * Cuts of the cut pool whose type number is cuttype (-1 any) and whose
+ * interpretation is interp (-1 any): *ncuts receives how many there are and
+ * up to size of them are written to cuts.
+ */
+int KVSLgetcutlist(KVSLprob prob, int cuttype, int interp, int *ncuts,
+                   int size, KVSLcut cuts[]);
+/*
+ * Data of ncuts pool cuts: type numbers, row types, starts (ncuts + 1
+ * entries, start[ncuts] the total number of coefficients), columns and
+ * values (room for size coefficients; with a smaller size than needed only
+ * start is filled), right-hand sides.  Any array but start may be NULL.
+ */
+int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
+                  int cuttype[], char rowtype[], int64_t start[], int col[],
+                  double val[], double rhs[]);
+
+/* ---- Control numbers ------------------------------------------------------
+ *
+ * Integer controls (KVSLsetintcontrol / KVSLgetintcontrol):
+ *   8004 KVSL_CTRL_SCALING      scale the matrix before solving: 1 (default) / 0
+ *   8005 KVSL_CTRL_PRESOLVE     presolve LPs: 1 (default) / 0
+ *   8006 KVSL_CTRL_CRASH        crash basis at the start of the simplex:
+ *                               1 (default) / 0
+ *   8009 KVSL_CTRL_LPLOG        simplex log frequency in iterations
+ *                               (0 no iteration log); default 100
+ *   8011 KVSL_CTRL_MIPPRESOLVE  presolve before the global search: 1 (default) / 0
+ *   8020 KVSL_CTRL_MAXNODE      node limit of the global search (default
+ *                               0: no limit)
+ *   8028 KVSL_CTRL_MIPLOG       global search log: 0 none, 1 summary,
+ *                               2 and more per node and cut pass (default 1)
+ *   8035 KVSL_CTRL_OUTPUTLOG    1 (default): produce log lines for the message
+ *                               callback; 0: no log lines at all
+ *   8047 KVSL_CTRL_BARRIERLOG   barrier iteration log: 1 / 0 (default 0)
+ *   8078 KVSL_CTRL_DUALREDUCTIONS reductions that may cut off optimal
+ *                               solutions (dual fixing in presolve): 1 (default) / 0
+ *   8079 KVSL_CTRL_THREADS      threads of the global search (default 1)
+ *   8080 KVSL_CTRL_CUTSTRATEGY  cut generation: 0 none, 1 (default) on
+ *   8081 KVSL_CTRL_HEURSTRATEGY primal heuristics: 0 none, 1 (default) on
+ * Double controls (KVSLsetdblcontrol / KVSLgetdblcontrol):
+ *   7001 KVSL_CTRL_FEASTOL      primal feasibility tolerance (default 1e-7)
+ *   7002 KVSL_CTRL_OPTIMALITYTOL dual feasibility tolerance (default 1e-7)
+ *   7003 KVSL_CTRL_MIPTOL       integrality tolerance (default 1e-6)
+ *   7015 KVSL_CTRL_PSEUDOCOST   default pseudo cost of directives (default 0.01)
+ *   7018 KVSL_CTRL_MIPABSGAP    absolute gap at which the search stops (default 0)
+ *   7019 KVSL_CTRL_MIPRELGAP    relative gap at which the search stops
+ *                               (default 1e-4)
+ *   7020 KVSL_CTRL_TIMELIMIT    time limit in seconds, 0 or less none
+ *                               (default 0)
+ *   7021 KVSL_CTRL_CUTOFF       objective cutoff of the search (default
+ *                               1e40 minimising, -1e40 maximising: none)
+ */
+#define KVSL_CTRL_SCALING 8004
+#define KVSL_CTRL_PRESOLVE 8005
+#define KVSL_CTRL_CRASH 8006
+#define KVSL_CTRL_LPLOG 8009
+#define KVSL_CTRL_MIPPRESOLVE 8011
+#define KVSL_CTRL_MAXNODE 8020
+#define KVSL_CTRL_MIPLOG 8028
+#define KVSL_CTRL_OUTPUTLOG 8035
+#define KVSL_CTRL_BARRIERLOG 8047
+#define KVSL_CTRL_DUALREDUCTIONS 8078
+#define KVSL_CTRL_THREADS 8079
+#define KVSL_CTRL_CUTSTRATEGY 8080
+#define KVSL_CTRL_HEURSTRATEGY 8081
+#define KVSL_CTRL_FEASTOL 7001
+#define KVSL_CTRL_OPTIMALITYTOL 7002
+#define KVSL_CTRL_MIPTOL 7003
+#define KVSL_CTRL_PSEUDOCOST 7015
+#define KVSL_CTRL_MIPABSGAP 7018
+#define KVSL_CTRL_MIPRELGAP 7019
+#define KVSL_CTRL_TIMELIMIT 7020
+#define KVSL_CTRL_CUTOFF 7021
+
+/* ---- Attribute numbers ----------------------------------------------------
+ *
+ * Integer attributes (KVSLgetintattrib):
+ *   1001 KVSL_ATTR_ROWS         rows of the loaded matrix
+ *   1004 KVSL_ATTR_SETS         special ordered sets loaded
+ *   1005 KVSL_ATTR_ENTITIES     global entities loaded (columns, not sets)
+ *   1010 KVSL_ATTR_LPSTATUS     LP status:
+ *        0 not loaded, 1 optimal, 2 infeasible, 3 worse than cutoff,
+ *        4 unfinished (limit reached), 5 unbounded, 6 cut off in dual,
+ *        7 not solved, 8 quadratic objective not convex
+ *   1011 KVSL_ATTR_MIPSTATUS    MIP status:
+ *        0 not loaded, 1 LP not optimised, 2 LP optimised, 3 search
+ *        incomplete without solution, 4 search incomplete with solution,
+ *        5 search complete: infeasible, 6 search complete: optimal,
+ *        7 LP relaxation unbounded
+ *   1018 KVSL_ATTR_COLS         columns the engine currently holds (smaller
+ *                               than the loaded count while presolved)
+ *   1021 KVSL_ATTR_SIMPLEXITER  simplex iterations of the last optimisation
+ *   1023 KVSL_ATTR_ERRORCODE    error code of the last failing call (0 none):
+ *        see KVSL_ERR_* below
+ *   1026 KVSL_ATTR_PRESOLVESTATE flags: 128 an LP solution is held; 2 the
+ *                               LP is presolved; 4 the MIP is presolved
+ *   1031 KVSL_ATTR_NUMIIS       number of IIS found by KVSLiisall
+ *   1036 KVSL_ATTR_NODES        nodes of the last global search
+ *   1238 KVSL_ATTR_IISAVAILABLE non-zero when the last LP proved
+ *                               infeasibility and IIS 0 can be read at once
+ * Double attributes (KVSLgetdblattrib):
+ *   2001 KVSL_ATTR_LPOBJVAL     objective value of the LP solution
+ *   2002 KVSL_ATTR_BESTBOUND    best bound of the global search
+ *   2003 KVSL_ATTR_MIPOBJVAL    objective value of the best MIP solution
+ *   2004 KVSL_ATTR_SOLVETIME    seconds spent in the last optimisation
+ */
+#define KVSL_ATTR_ROWS 1001
+#define KVSL_ATTR_SETS 1004
+#define KVSL_ATTR_ENTITIES 1005
+#define KVSL_ATTR_LPSTATUS 1010
+#define KVSL_ATTR_MIPSTATUS 1011
+#define KVSL_ATTR_COLS 1018
+#define KVSL_ATTR_SIMPLEXITER 1021
+#define KVSL_ATTR_ERRORCODE 1023
+#define KVSL_ATTR_PRESOLVESTATE 1026
+#define KVSL_ATTR_NUMIIS 1031
+#define KVSL_ATTR_NODES 1036
+#define KVSL_ATTR_IISAVAILABLE 1238
+#define KVSL_ATTR_LPOBJVAL 2001
+#define KVSL_ATTR_BESTBOUND 2002
+#define KVSL_ATTR_MIPOBJVAL 2003
+#define KVSL_ATTR_SOLVETIME 2004
+
+/* Status values. */
+#define KVSL_LP_UNSTARTED 0
+#define KVSL_LP_OPTIMAL 1
+#define KVSL_LP_INFEAS 2
+#define KVSL_LP_CUTOFF 3
+#define KVSL_LP_UNFINISHED 4
+#define KVSL_LP_UNBOUNDED 5
+#define KVSL_LP_CUTOFF_IN_DUAL 6
+#define KVSL_LP_UNSOLVED 7
+#define KVSL_LP_NONCONVEX 8
+#define KVSL_MIP_NOT_LOADED 0
+#define KVSL_MIP_LP_NOT_OPTIMAL 1
+#define KVSL_MIP_LP_OPTIMAL 2
+#define KVSL_MIP_NO_SOL_FOUND 3
+#define KVSL_MIP_SOLUTION 4
+#define KVSL_MIP_INFEAS 5
+#define KVSL_MIP_OPTIMAL 6
+#define KVSL_MIP_UNBOUNDED 7
+#define KVSL_PRESOLVE_LP 2
+#define KVSL_PRESOLVE_MIP 4
+#define KVSL_SOLUTION_HELD 128
+
+/* Error codes (attribute 1023). */
+#define KVSL_ERR_NONE 0
+#define KVSL_ERR_NOTINIT 1          /* engine not started */
+#define KVSL_ERR_NOMEM 2            /* out of memory */
+#define KVSL_ERR_BADARG 3           /* null or inconsistent argument */
+#define KVSL_ERR_BADCONTROL 4       /* unknown control or attribute number */
+#define KVSL_ERR_NOTLOADED 5        /* no matrix loaded */
+#define KVSL_ERR_NOSOLUTION 6       /* no solution of the kind asked for */
+#define KVSL_ERR_FILE 7             /* file could not be opened, read or written */
+#define KVSL_ERR_UNSUPPORTED 8      /* capability not available in this engine */
+#define KVSL_ERR_BACKEND 9          /* a backend failed */
+#define KVSL_ERR_INDEX 10           /* row, column or set index out of range */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* KVSL_H */
