@@ -19,7 +19,10 @@ std::map<std::string, std::pair<int, int>> failures;
 int init_result = 0;
 
 int record(const std::string &fn, std::vector<double> args, KVSLprob p = nullptr) {
-  recorded.push_back({fn, std::move(args)});
+  call c;
+  c.fn = fn;
+  for (size_t k = 0; k < args.size(); ++k) c.dbls["a" + std::to_string(k)] = args[k];
+  recorded.push_back(c);
   auto it = failures.find(fn);
   if (it != failures.end() && --it->second.first == 0) {
     int code = it->second.second;
@@ -30,14 +33,13 @@ int record(const std::string &fn, std::vector<double> args, KVSLprob p = nullptr
   return 0;
 }
 }  // namespace
-std::vector<call> &calls() { return recorded; }
+const std::vector<call> &calls() { return recorded; }
 void reset() {
   recorded.clear();
   failures.clear();
   init_result = 0;
 }
 void fail_call(const std::string &fn, int nth, int code) { failures[fn] = {nth, code}; }
-void set_init_result(int rc) { init_result = rc; }
 }  // namespace fake
 
 extern "C" {
