@@ -108,6 +108,26 @@ KVTL_API void mdldeallocprob(MDLprob prob);
 /* Add one reference to a problem. */
 KVTL_API void mdlinrcprob(MDLprob prob);
 
+/* ---- Problems (creation, naming, reset, sense, dictionaries, bracket) ---- */
+
+/* ---- Names ---------------------------------------------------------------- */
+
+/* ---- Variables ------------------------------------------------------------ */
+
+/* ---- Term lists ----------------------------------------------------------- */
+
+/* ---- Constraints and objective -------------------------------------------- */
+
+/* ---- Special ordered sets and directives ---------------------------------- */
+
+/* ---- Matrix generation ---------------------------------------------------- */
+
+/* ---- Optimisation and status ---------------------------------------------- */
+
+/* ---- Solution values, ranging and solution files -------------------------- */
+
+/* ---- Engine access -------------------------------------------------------- */
+
 /* ---- Message table positions (second argument of mdlerror) --------------- */
 enum {
   MDL_E_NOPROB = 0,        /* 1501 E (%s) No active problem. */
