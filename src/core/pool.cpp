@@ -175,7 +175,8 @@ KVTL_API void *mdlallocmem(MDLprob prob, size_t size, int zero) {
 
 KVTL_API void mdlrecyclemem(MDLprob prob, void *ptr, size_t size) {
   bool lock;
-  pool_recycle(pool_of(prob, lock), ptr, size, lock);
+  pool_header &pool = pool_of(prob, lock);
+  pool_recycle(pool, ptr, size, lock);
 }
 
 KVTL_API char *mdlstrdup(MDLprob prob, const char *text) {
