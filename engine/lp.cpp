@@ -35,9 +35,9 @@ void apply_controls(kvsl_prob *prob, ClpSimplex &m, const char *flags) {
   m.setMaximumSeconds(t > 0.0 ? t : -1.0);
   m.scaling(intcontrol(prob, KVSL_CTRL_SCALING) != 0 ? 3 : 0);
   prepare_lp_log(prob);
-  if (has_flag(flags, 'b') && intcontrol(prob, KVSL_CTRL_BARRIERLOG) == 0 &&
-      intcontrol(prob, KVSL_CTRL_OUTPUTLOG) != 0)
-    prob->log->setLogLevel(0);
+  // The barrier's factorisation writes to standard output at any log level
+  // above 0, so it runs silent; the engine reports its result itself.
+  if (has_flag(flags, 'b')) prob->log->setLogLevel(0);
   iteration_log events(prob, intcontrol(prob, KVSL_CTRL_LPLOG));
   m.passInEventHandler(&events);  // the model keeps a clone
 }
@@ -114,6 +114,9 @@ int solve_lp(kvsl_prob *prob, const char *flags) {
       prob->lp_held = true;
   }
   prob->mipstatus = mip_status_after_lp(prob->lpstatus);
+  if (has_flag(flags, 'b') && intcontrol(prob, KVSL_CTRL_BARRIERLOG) != 0)
+    messagef(prob, 1, "Barrier with crossover: LP status %d, objective %.10g, %d simplex iterations",
+             prob->lpstatus, prob->lp_held ? prob->lp_obj : 0.0, prob->iterations);
   prob->solvetime = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
   return 0;
 }

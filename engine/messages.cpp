@@ -65,7 +65,7 @@ backend_log::backend_log(kvsl_prob *prob) : prob_(prob) {
 int backend_log::print() {
   const CoinOneMessage &m = currentMessage();
   // Clp's refactorisation status line; the engine's iteration log replaces it.
-  if (drop_iterations_ && m.externalNumber() == 5 && std::strncmp(messageBuffer(), "Clp", 3) == 0)
+  if (drop_iterations_ && m.externalNumber() == 6 && std::strncmp(messageBuffer(), "Clp", 3) == 0)
     return 0;
   int type = type_of_severity(m.severity());
   if (type < 4 && intcontrol(prob_, KVSL_CTRL_OUTPUTLOG) == 0) return 0;

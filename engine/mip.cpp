@@ -80,6 +80,14 @@ void add_heuristics(CbcModel &model) {
   model.addHeuristic(&rins);
 }
 
+// Cbc's log level for the search.  Cbc's sub-searches (in heuristics) log
+// through handlers of their own at one level less, so the search itself
+// stays at level 1: anything higher would reach standard output.
+int search_log_level(const kvsl_prob *prob) {
+  if (intcontrol(prob, KVSL_CTRL_OUTPUTLOG) == 0) return 0;
+  return std::min(intcontrol(prob, KVSL_CTRL_MIPLOG), 1);
+}
+
 // Apply the limits, tolerances and log level of the controls.
 void apply_controls(const kvsl_prob *prob, CbcModel &model) {
   int maxnode = intcontrol(prob, KVSL_CTRL_MAXNODE);
@@ -94,8 +102,9 @@ void apply_controls(const kvsl_prob *prob, CbcModel &model) {
   if (std::fabs(cutoff) < 1e39) model.setCutoff(prob->sense * (cutoff + prob->objconst));
   int threads = intcontrol(prob, KVSL_CTRL_THREADS);
   if (threads > 1) model.setNumberThreads(threads);
-  bool on = intcontrol(prob, KVSL_CTRL_OUTPUTLOG) != 0;
-  model.setLogLevel(on ? std::clamp(intcontrol(prob, KVSL_CTRL_MIPLOG), 0, 3) : 0);
+  model.setLogLevel(search_log_level(prob));
+  // Levels 2 and up log every node rather than every hundred.
+  if (intcontrol(prob, KVSL_CTRL_MIPLOG) >= 2) model.setPrintFrequency(1);
 }
 
 // Hand priorities and preferred directions of column directives to the
@@ -189,7 +198,8 @@ bool solve_root(kvsl_prob *prob, OsiClpSolverInterface &solver) {
 }
 
 // Run branch and cut on the (preprocessed) solver; fills the MIP results.
-void search(kvsl_prob *prob, OsiClpSolverInterface &solver, backend_log &log) {
+void search(kvsl_prob *prob, OsiClpSolverInterface &solver, backend_log &log,
+            backend_log &quiet) {
   bool presolve = intcontrol(prob, KVSL_CTRL_MIPPRESOLVE) != 0;
   CglPreProcess process;
   process.passInMessageHandler(&log);
@@ -200,6 +210,8 @@ void search(kvsl_prob *prob, OsiClpSolverInterface &solver, backend_log &log) {
   }
   CbcModel model(*pre);
   model.passInMessageHandler(&log);
+  // The node LPs stay silent; the search reports on them.
+  model.solver()->passInMessageHandler(&quiet);
   cut_generators cuts;
   if (intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) != 0) cuts.add_to(model);
   if (intcontrol(prob, KVSL_CTRL_HEURSTRATEGY) != 0) add_heuristics(model);
@@ -268,15 +280,15 @@ int solve_mip(kvsl_prob *prob, const char *flags) {
   prob->nodes = 0;
   prob->best_bound = prob->sense > 0 ? -KVSL_INFINITY : KVSL_INFINITY;
   try {
-    backend_log log(prob);
-    bool on = intcontrol(prob, KVSL_CTRL_OUTPUTLOG) != 0;
-    log.setLogLevel(on ? std::clamp(intcontrol(prob, KVSL_CTRL_MIPLOG), 0, 3) : 0);
+    backend_log log(prob), quiet(prob);
+    log.setLogLevel(search_log_level(prob));
+    quiet.setLogLevel(0);
     OsiClpSolverInterface solver(new ClpSimplex(*prob->lp), true);
-    solver.passInMessageHandler(&log);
+    solver.passInMessageHandler(&quiet);
     solver.setDblParam(OsiPrimalTolerance, dblcontrol(prob, KVSL_CTRL_FEASTOL));
     solver.setDblParam(OsiDualTolerance, dblcontrol(prob, KVSL_CTRL_OPTIMALITYTOL));
     for (const auto &e : prob->entities) solver.setInteger(e.col);
-    if (solve_root(prob, solver)) search(prob, solver, log);
+    if (solve_root(prob, solver)) search(prob, solver, log, quiet);
   } catch (const std::bad_alloc &) {
     return fail(prob, KVSL_ERR_NOMEM);
   } catch (...) {
