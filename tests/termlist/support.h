@@ -178,15 +178,18 @@ class TermListTest : public ::testing::Test {
   static uint64_t live(MDLprob p) { return p->pool->live; }
 
   // Bump the current block of p's pool until `fit` chunks of `size` bytes
-  // (a multiple of 8) still fit and one more does not.
-  static void leave_room_for(MDLprob p, int fit, size_t size) {
+  // (a multiple of 8) still fit and one more does not; returns the number
+  // of filler chunks taken.
+  static uint64_t leave_room_for(MDLprob p, int fit, size_t size) {
     auto room = [p] { return static_cast<size_t>(p->pool->current->end - p->pool->current->cursor); };
+    const uint64_t before = live(p);
     const size_t lo = fit * size, hi = (fit + 1) * size;   // want lo < room <= hi
     if (room() < hi + 200) mdlallocmem(p, room() + 4, 0);  // start a new block
-    mdlallocmem(p, (room() - hi - 100) & ~static_cast<size_t>(7) | 4, 0);
+    mdlallocmem(p, ((room() - hi - 100) & ~static_cast<size_t>(7)) | 4, 0);
     while (!(reinterpret_cast<uintptr_t>(p->pool->current->cursor) % 8 == 0 && room() > lo &&
              room() <= hi))
       mdlallocmem(p, 4, 0);
+    return live(p) - before;
   }
 
   std::vector<MDLprob> problems;
