@@ -220,8 +220,8 @@ void sweep(MDLprob prob, const std::vector<MDLvar> &x, uint64_t seed,
     }
     const int kind = uniform(0, 99) < 70 ? 0 : uniform(0, 99) < 80 ? 1 : uniform(0, 1) ? 2 : 3;
     const double v = uniform(-3, 3) + 0.5;
-    const auto before = value_of<Node>(lists[w]);
-    const auto before_other = value_of<Node>(lists[1 - w]);
+    const auto before = image_of<Node>(lists[w]);
+    const auto before_other = image_of<Node>(lists[1 - w]);
     MDLtermlst copy = nullptr;
     auto run = [&] {
       switch (kind) {
@@ -241,8 +241,8 @@ void sweep(MDLprob prob, const std::vector<MDLvar> &x, uint64_t seed,
       ASSERT_EQ(errors.size(), 1u);
       EXPECT_EQ(errors[0].number, 1502);
       errors.clear();
-      ASSERT_EQ(value_of<Node>(lists[w]), before);
-      ASSERT_EQ(value_of<Node>(lists[1 - w]), before_other);
+      ASSERT_EQ(value_of<Node>(lists[w]), value_of<Node>(before));
+      ASSERT_EQ(value_of<Node>(lists[1 - w]), value_of<Node>(before_other));
       ASSERT_EQ(check_list<Node>(lists[w], false), "");
       ASSERT_EQ(copy, nullptr);
       rc = run();
@@ -252,7 +252,7 @@ void sweep(MDLprob prob, const std::vector<MDLvar> &x, uint64_t seed,
     ASSERT_EQ(prob->refcount, 1 + (lists[0] != nullptr) + (lists[1] != nullptr) +
                                   static_cast<int>(kept.size()) + (copy != nullptr));
     if (copy != nullptr) {
-      ASSERT_EQ(value_of<Node>(copy), value_of<Node>(lists[w]));
+      ASSERT_EQ(raw_nodes<Node>(copy), raw_nodes<Node>(lists[w]));
       // Copies kept to the end make the pool grow all along.
       if (uniform(0, 3) == 0) kept.push_back(copy); else ops::del(&copy);
     }
