@@ -533,6 +533,9 @@ void del_qtermlst(MDLprob prob, mdl_termlst *list) { del_termlst(prob, list); }
 
 using namespace kvtl;
 
+// The exported functions (contracts in kvtl.h) check their arguments and
+// pick the node kind; a null list address reads as the empty list.
+
 KVTL_API int mdldel_termlst(MDLtermlst *list) {
   if (list == nullptr || *list == nullptr) return 0;
   destroy<mdl_term>(list);

@@ -46,28 +46,42 @@ Node *first_node(MDLtermlst l) { return static_cast<Node *>(l->first); }
 template <class Node>
 Node *last_node(MDLtermlst l) { return static_cast<Node *>(l->last); }
 
+// A list's nodes in list order with the position of `last` (-1: no list).
+template <class Node>
+struct list_image {
+  std::vector<std::pair<key_t<Node>, double>> nodes;
+  int last = -1;
+};
+
+template <class Node>
+list_image<Node> image_of(MDLtermlst l) {
+  list_image<Node> img;
+  if (l == nullptr) return img;
+  for (const Node *n = first_node<Node>(l); n != nullptr; n = n->next) {
+    if (n == l->last) img.last = static_cast<int>(img.nodes.size());
+    img.nodes.emplace_back(key_of(*n), n->coef);
+  }
+  return img;
+}
+
 // The value a list stands for: the run, then the pending operations from the
 // oldest (farthest from `last`) on, a zero node being a reset.  Zero terms
-// are left out.  Reads only.
+// are left out.
 template <class Node>
-value_map<Node> value_of(MDLtermlst l) {
+value_map<Node> value_of(const list_image<Node> &img) {
   value_map<Node> m;
-  if (l == nullptr) return m;
-  const Node *n = first_node<Node>(l);
-  for (; n != nullptr; n = n->next) {
-    m[key_of(*n)] = n->coef;
-    if (n == l->last) break;
-  }
-  std::vector<const Node *> tail;
-  if (n != nullptr)
-    for (const Node *p = n->next; p != nullptr; p = p->next) tail.push_back(p);
-  for (auto it = tail.rbegin(); it != tail.rend(); ++it) {
-    double &c = m[key_of(**it)];
-    c = (*it)->coef == 0 ? 0.0 : c + (*it)->coef;
+  const int n = static_cast<int>(img.nodes.size());
+  for (int i = 0; i <= img.last; ++i) m[img.nodes[i].first] = img.nodes[i].second;
+  for (int i = n - 1; i > img.last; --i) {
+    double &c = m[img.nodes[i].first];
+    c = img.nodes[i].second == 0 ? 0.0 : c + img.nodes[i].second;
   }
   std::erase_if(m, [](const auto &e) { return e.second == 0; });
   return m;
 }
+
+template <class Node>
+value_map<Node> value_of(MDLtermlst l) { return value_of<Node>(image_of<Node>(l)); }
 
 // Nodes of a list in list order (run and tail).
 template <class Node>
@@ -178,15 +192,18 @@ class TermListTest : public ::testing::Test {
   static uint64_t live(MDLprob p) { return p->pool->live; }
 
   // Bump the current block of p's pool until `fit` chunks of `size` bytes
-  // (a multiple of 8) still fit and one more does not.
-  static void leave_room_for(MDLprob p, int fit, size_t size) {
+  // (a multiple of 8) still fit and one more does not; returns the number
+  // of filler chunks taken.
+  static uint64_t leave_room_for(MDLprob p, int fit, size_t size) {
     auto room = [p] { return static_cast<size_t>(p->pool->current->end - p->pool->current->cursor); };
+    const uint64_t before = live(p);
     const size_t lo = fit * size, hi = (fit + 1) * size;   // want lo < room <= hi
     if (room() < hi + 200) mdlallocmem(p, room() + 4, 0);  // start a new block
-    mdlallocmem(p, (room() - hi - 100) & ~static_cast<size_t>(7) | 4, 0);
+    mdlallocmem(p, ((room() - hi - 100) & ~static_cast<size_t>(7)) | 4, 0);
     while (!(reinterpret_cast<uintptr_t>(p->pool->current->cursor) % 8 == 0 && room() > lo &&
              room() <= hi))
       mdlallocmem(p, 4, 0);
+    return live(p) - before;
   }
 
   std::vector<MDLprob> problems;
