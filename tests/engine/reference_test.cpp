@@ -186,10 +186,11 @@ INSTANTIATE_TEST_SUITE_P(Miplib, MiplibTest,
                                            "enigma", "misc03", "khb05250", "dcmulti"),
                          [](const auto &info) { return std::string(info.param); });
 
-// Models whose search takes well over ten seconds here: run under the
-// CTest label "slow" (engine_slow.reference_models), solved in full.
+// Models whose search takes well over ten seconds on two cores (bell5,
+// bell3a and vpm2 up to a minute, pk1 several minutes): run under the CTest
+// label "slow" (engine_slow.reference_models), solved in full.
 INSTANTIATE_TEST_SUITE_P(DISABLED_MiplibSlow, MiplibTest,
-                         ::testing::Values("bell5", "bell3a", "vpm2"),
+                         ::testing::Values("bell5", "bell3a", "vpm2", "pk1"),
                          [](const auto &info) { return std::string(info.param); });
 
 }  // namespace
