@@ -64,6 +64,9 @@ void take_solution(kvsl_prob *prob, const ClpSimplex &m) {
   prob->lp_slack.resize(r);
   for (int i = 0; i < r; ++i) prob->lp_slack[i] = prob->rhs[i] - act[i];
   prob->lp_obj = objective_of(prob, x);
+  // Clp's sign changes for maximising leave negative zeros; report 0.
+  for (auto *v : {&prob->lp_x, &prob->lp_dj, &prob->lp_dual, &prob->lp_slack})
+    for (double &e : *v) e += 0.0;
 }
 
 // The MIP status that an LP result gives.

@@ -4,51 +4,6 @@
  */
 #include "engine.h"
 
-KVSL_EXPORT int KVSLrange(KVSLprob prob) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
-KVSL_EXPORT int KVSLgetrowrange(KVSLprob prob, double *, double *, double *, double *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
-KVSL_EXPORT int KVSLgetcolrange(KVSLprob prob, double *, double *, double *, double *, double *, double *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
-KVSL_EXPORT int KVSLwritesol(KVSLprob prob, const char *, const char *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
-KVSL_EXPORT int KVSLwriteprtsol(KVSLprob prob, const char *, const char *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
-KVSL_EXPORT int KVSLwriteslxsol(KVSLprob prob, const char *, const char *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
-KVSL_EXPORT int KVSLwritebinsol(KVSLprob prob, const char *, const char *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
-KVSL_EXPORT int KVSLreadbinsol(KVSLprob prob, const char *, const char *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
-KVSL_EXPORT int KVSLreadslxsol(KVSLprob prob, const char *, const char *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
 KVSL_EXPORT int KVSLiisstatus(KVSLprob prob, int *) {
   if (prob == nullptr) return KVSL_ERR_BADARG;
   return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
