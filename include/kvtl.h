@@ -267,7 +267,118 @@ KVTL_API int mdladd_qtermlst(MDLtermlst *target, MDLtermlst *source);
 
 /* ---- Constraints and objective -------------------------------------------- */
 
+/* Relation types: terms + constant related to 0, so rhs = -constant.  A
+ * range constraint (MDL_RANGE) is made only through mdlsetrange. */
+enum {
+  MDL_NONBINDING = 0, /* "N": free row (objective) */
+  MDL_LEQ = 1,        /* "L": terms <= rhs */
+  MDL_GEQ = 2,        /* "G": terms >= rhs */
+  MDL_EQ = 3,         /* "E": terms == rhs */
+  MDL_RANGE = 4       /* "R": rhs - range <= terms <= rhs */
+};
+/* Opaque handles of one linear / quadratic term of a constraint; valid until
+ * the constraint's terms next change. */
+typedef struct mdl_term *MDLterm;
+typedef struct mdl_qterm *MDLqterm;
+
+/* A new constraint of type N, L, G or E (null on failure). */
+KVTL_API MDLctr mdlnewctr_prob(MDLprob prob, const char *name, int type);
+/* Delete a constraint with its terms; the objective reference is cleared
+ * when it named it.  A constraint not in the problem's list (the built-in
+ * objective) is not released; both mark the problem modified. */
+KVTL_API int mdldelctr(MDLctr ctr);
+/* Precedence x + d <= y, as the type L row x - y <= -d. */
+KVTL_API MDLctr mdlnewprec_prob(MDLprob prob, const char *name, MDLvar x, double d, MDLvar y);
+/* Constraints newest first: the first for null, null after the last. */
+KVTL_API MDLctr mdlgetnextctr_prob(MDLprob prob, MDLctr ctr);
+KVTL_API int mdlsetctrtype(MDLctr ctr, int type);
+/* The type, -1 on error. */
+KVTL_API int mdlgetctrtype(MDLctr ctr);
+/* lw == up: type E with rhs lw; otherwise type R between lw and up. */
+KVTL_API int mdlsetrange(MDLctr ctr, double lw, double up);
+/* Lower and upper limit of the row (+-MDL_INFINITY when open); either
+ * pointer may be null. */
+KVTL_API int mdlgetrange(MDLctr ctr, double *lw, double *up);
+/* The right-hand side (the negated constant). */
+KVTL_API double mdlgetrhs(MDLctr ctr);
+/* Add to a term's coefficient; a null variable adds to the rhs. */
+KVTL_API int mdladdterm(MDLctr ctr, MDLvar var, double coef);
+/* Set a term's coefficient; a null variable sets the rhs. */
+KVTL_API int mdlsetterm(MDLctr ctr, MDLvar var, double coef);
+KVTL_API int mdldelterm(MDLctr ctr, MDLvar var);
+/* Quadratic terms; a pair with one null variable is a linear term. */
+KVTL_API int mdladdqterm(MDLctr ctr, MDLvar var1, MDLvar var2, double coef);
+KVTL_API int mdlsetqterm(MDLctr ctr, MDLvar var1, MDLvar var2, double coef);
+KVTL_API int mdldelqterm(MDLctr ctr, MDLvar var1, MDLvar var2);
+/* A term's coefficient (0 when absent; the rhs for a null variable).  A
+ * null constraint answers 1.0 after its error. */
+KVTL_API double mdlgetcoeff(MDLctr ctr, MDLvar var);
+KVTL_API double mdlgetqcoeff(MDLctr ctr, MDLvar var1, MDLvar var2);
+/* Walk the terms in variable order: start with prev null; null at the end.
+ * `var`, `coef` (and `var2`) may be null. */
+KVTL_API MDLterm mdlgetnextterm(MDLctr ctr, MDLterm prev, MDLvar *var, double *coef);
+KVTL_API MDLqterm mdlgetnextqterm(MDLctr ctr, MDLqterm prev, MDLvar *var1, MDLvar *var2,
+                                  double *coef);
+/* Number of linear and quadratic terms with a non-zero coefficient; -1 on
+ * error. */
+KVTL_API int mdlgetctrsize(MDLctr ctr);
+/* Row in the loaded matrix, -1 without a row or on error. */
+KVTL_API int mdlgetrownum(MDLctr ctr);
+/* The name, or the generated name of an unnamed constraint. */
+KVTL_API const char *mdlgetctrname(MDLctr ctr);
+/* Raw mode word: (flag & 3) | variable handle.  No checking. */
+KVTL_API int mdlsetctrflag(MDLctr ctr, int flag, MDLvar var);
+/* Indicator: sense 1 (row holds when var is 1), -1 (when var is 0), or 0
+ * with a null variable to make the row standard again. */
+KVTL_API int mdlsetindicator(MDLctr ctr, int sense, MDLvar var);
+/* 1 or -1 for an indicator constraint, 0 otherwise, -2 on error. */
+KVTL_API int mdlgetindicator(MDLctr ctr);
+/* The mode word without its low bit: the indicator variable of an indicator
+ * constraint (test mdlgetindicator first). */
+KVTL_API MDLvar mdlgetindvar(MDLctr ctr);
+/* Include-vars (type N only), delayed rows and model cuts: on 1 / off 0.
+ * The getters answer 1 or 0, -1 on error. */
+KVTL_API int mdlsetincvars(MDLctr ctr, int on);
+KVTL_API int mdlgetincvars(MDLctr ctr);
+KVTL_API int mdlsetdelayed(MDLctr ctr, int on);
+KVTL_API int mdlgetdelayed(MDLctr ctr);
+KVTL_API int mdlsetmodcut(MDLctr ctr, int on);
+KVTL_API int mdlgetmodcut(MDLctr ctr);
+/* Make a constraint (or null: none) the objective.  Leaving the built-in
+ * objective record for another constraint clears its terms. */
+KVTL_API int mdlsetobj_prob(MDLprob prob, MDLctr ctr);
+
 /* ---- Special ordered sets and directives ---------------------------------- */
+
+/* Set types. */
+enum { MDL_SOS1 = 0, MDL_SOS2 = 1 };
+/* Branching directive kinds. */
+enum {
+  MDL_DIR_PRIORITY = 1, /* branching priority */
+  MDL_DIR_UP = 2,       /* branch up first */
+  MDL_DIR_DOWN = 3,     /* branch down first */
+  MDL_DIR_PSEUDOUP = 4, /* up pseudo cost */
+  MDL_DIR_PSEUDODN = 5  /* down pseudo cost */
+};
+
+/* A new set of type MDL_SOS1 or MDL_SOS2 (null on failure). */
+KVTL_API MDLsos mdlnewsos_prob(MDLprob prob, const char *name, int type);
+/* Delete a set and its members (directives naming it lose their target). */
+KVTL_API int mdldelsos(MDLsos sos);
+/* Add a weight to a member (a new member when absent; weight 0: no-op). */
+KVTL_API int mdladdsosel(MDLsos sos, MDLvar var, double weight);
+/* Remove a member (no error when it is none). */
+KVTL_API int mdldelsosel(MDLsos sos, MDLvar var);
+/* The type, -1 on error. */
+KVTL_API int mdlgetsostype(MDLsos sos);
+/* The name, or the generated name of an unnamed set. */
+KVTL_API const char *mdlgetsosname(MDLsos sos);
+/* Append a directive (kind 1..5; value: priority or pseudo cost); marks
+ * directives pending, not the model modified. */
+KVTL_API int mdlsetvardir(MDLvar var, int kind, double value);
+KVTL_API int mdlsetsosdir(MDLsos sos, int kind, double value);
+/* Remove every directive (marks the problem modified when there were any). */
+KVTL_API int mdlcleardir_prob(MDLprob prob);
 
 /* ---- Matrix generation ---------------------------------------------------- */
 
