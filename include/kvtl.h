@@ -116,6 +116,49 @@ KVTL_API void mdlinrcprob(MDLprob prob);
 
 /* ---- Term lists ----------------------------------------------------------- */
 
+/* A term list is a reference to a header, null for the empty list; every
+ * operation takes the address of the reference because it may create or
+ * delete the header.  List operations return 1 when the list changed, 0 when
+ * it did not and -1 when memory ran out (the list is then left as it was).
+ * All variables of one list belong to one problem, whose pool holds the
+ * list.  Quadratic pairs are kept with the smaller handle first. */
+struct mdl_expr;   /* constant, linear list, quadratic list */
+
+/* Release all nodes and the header; the reference becomes null. */
+KVTL_API int mdldel_termlst(MDLtermlst *list);
+KVTL_API int mdldel_qtermlst(MDLtermlst *list);
+/* Add coef to the term of var (of the pair var1, var2). */
+KVTL_API int mdladd_term(MDLvar var, MDLtermlst *list, double coef);
+KVTL_API int mdladd_qterm(MDLvar var1, MDLvar var2, MDLtermlst *list, double coef);
+/* Make the coefficient of var (of the pair) equal to coef; 0 removes it. */
+KVTL_API int mdlset_term(MDLvar var, MDLtermlst *list, double coef);
+KVTL_API int mdlset_qterm(MDLvar var1, MDLvar var2, MDLtermlst *list, double coef);
+/* Merge the pending operations into the sorted run (sort: 0 when nothing is
+ * pending; strip: the same, also accepting an empty list). */
+KVTL_API int mdlsort_termlst(MDLtermlst *list);
+KVTL_API int mdlsort_qtermlst(MDLtermlst *list);
+KVTL_API int mdlstriptermlst(MDLtermlst *list);
+KVTL_API int mdlstripqtermlst(MDLtermlst *list);
+/* Strip both lists of an expression. */
+KVTL_API int mdlstripexpr(struct mdl_expr *expr);
+/* Number of terms whose coefficient is not 0 (NaN counts); strips first. */
+KVTL_API int mdlget_termlst_len(MDLtermlst *list);
+KVTL_API int mdlget_qtermlst_len(MDLtermlst *list);
+/* Negate every coefficient: 0 for no list, else 1. */
+KVTL_API int mdlchs_termlst(MDLtermlst *list);
+KVTL_API int mdlchs_qtermlst(MDLtermlst *list);
+/* Multiply every coefficient; factor 0 deletes the list, factor 1 and no
+ * list give 0. */
+KVTL_API int mdlmulc_termlst(MDLtermlst *list, double factor);
+KVTL_API int mdlmulc_qtermlst(MDLtermlst *list, double factor);
+/* Make *target a copy of source (same value, same pending operations).  The
+ * target reference is overwritten, not released: pass an empty one. */
+KVTL_API int mdldup_termlst(MDLtermlst *target, MDLtermlst source);
+KVTL_API int mdldup_qtermlst(MDLtermlst *target, MDLtermlst source);
+/* Add the terms of *source into *target; the source keeps its value. */
+KVTL_API int mdladd_termlst(MDLtermlst *target, MDLtermlst *source);
+KVTL_API int mdladd_qtermlst(MDLtermlst *target, MDLtermlst *source);
+
 /* ---- Constraints and objective -------------------------------------------- */
 
 /* ---- Special ordered sets and directives ---------------------------------- */

@@ -1,0 +1,651 @@
+/*
+ * termlist.cpp -- linear and quadratic term lists: a sorted run plus a bounded
+ * tail of pending operations, merged by the sort; one template serves both.
+ */
+#include "expr/termlist.h"
+
+#include <stdint.h>
+
+#include <algorithm>
+#include <compare>
+#include <utility>
+
+#include "model/records.h"
+
+namespace kvtl {
+
+namespace {
+
+// Order of quadratic nodes: first variable, then second, as addresses.
+struct pair_key {
+  uintptr_t v1;
+  uintptr_t v2;
+  auto operator<=>(const pair_key &) const = default;
+};
+
+uintptr_t address(const mdl_var *v) { return reinterpret_cast<uintptr_t>(v); }
+
+uintptr_t key_of(const mdl_term &n) { return address(n.var); }
+pair_key key_of(const mdl_qterm &n) { return {address(n.var1), address(n.var2)}; }
+
+// The problem whose pool holds a list: that of its first node's variable.
+MDLprob problem_of(const mdl_term &n) { return n.var->problem; }
+MDLprob problem_of(const mdl_qterm &n) { return n.var1->problem; }
+
+template <class Node>
+Node *first_of(const mdl_termlst *l) { return static_cast<Node *>(l->first); }
+template <class Node>
+Node *last_of(const mdl_termlst *l) { return static_cast<Node *>(l->last); }
+
+template <class Node>
+MDLprob list_problem(const mdl_termlst *l) { return problem_of(*first_of<Node>(l)); }
+
+// A node holding the term of `proto`, unlinked; null when the pool fails.
+template <class Node>
+Node *new_node(MDLprob prob, const Node &proto) {
+  auto *n = static_cast<Node *>(mdlallocmem(prob, sizeof(Node), 0));
+  if (n != nullptr) {
+    *n = proto;
+    n->next = nullptr;
+  }
+  return n;
+}
+
+template <class Node>
+void free_node(MDLprob prob, Node *n) { mdlrecyclemem(prob, n, sizeof(Node)); }
+
+// Give back a chain of nodes linked through `next`.
+template <class Node>
+void free_chain(MDLprob prob, Node *n) {
+  while (n != nullptr) {
+    Node *next = n->next;
+    free_node(prob, n);
+    n = next;
+  }
+}
+
+// Release every node and the header; the reference becomes null.
+template <class Node>
+void destroy(mdl_termlst **lp) {
+  mdl_termlst *l = *lp;
+  MDLprob prob = list_problem<Node>(l);
+  free_chain(prob, first_of<Node>(l));
+  del_termlst(prob, l);
+  *lp = nullptr;
+}
+
+// With nothing pending: drop the zero nodes at the front, and the whole list
+// when no other node is left.
+template <class Node>
+void release_leading_zeros(mdl_termlst **lp, MDLprob prob) {
+  mdl_termlst *l = *lp;
+  Node *n = first_of<Node>(l);
+  while (n != nullptr && n->coef == 0) {
+    Node *next = n->next;
+    free_node(prob, n);
+    n = next;
+  }
+  l->first = n;
+  if (n == nullptr) {
+    del_termlst(prob, l);
+    *lp = nullptr;
+  }
+}
+
+// A new list of the one term `t`, on the pool of its variable's problem.
+template <class Node>
+int create_list(mdl_termlst **lp, const Node &t) {
+  MDLprob prob = problem_of(t);
+  mdl_termlst *l = new_termlst(prob);
+  if (l == nullptr) return -1;
+  Node *n = new_node(prob, t);
+  if (n == nullptr) {
+    del_termlst(prob, l);
+    return -1;
+  }
+  l->first = l->last = n;
+  *lp = l;
+  return 1;
+}
+
+// `t` beyond the run's end: it becomes `last`, before any pending tail.
+template <class Node>
+int insert_after_last(mdl_termlst *l, const Node &t) {
+  Node *n = new_node(list_problem<Node>(l), t);
+  if (n == nullptr) return -1;
+  Node *last = last_of<Node>(l);
+  n->next = last->next;
+  last->next = n;
+  l->last = n;
+  return 1;
+}
+
+// `t` before the run's start: it becomes `first`.
+template <class Node>
+int insert_before_first(mdl_termlst *l, const Node &t) {
+  Node *n = new_node(list_problem<Node>(l), t);
+  if (n == nullptr) return -1;
+  n->next = first_of<Node>(l);
+  l->first = n;
+  return 1;
+}
+
+// Put the nodes `newest` .. `oldest` (already chained newest first) at the
+// head of the tail, right after `last`.
+template <class Node>
+void push_pending(mdl_termlst *l, Node *newest, Node *oldest, int count) {
+  Node *last = last_of<Node>(l);
+  oldest->next = last->next;
+  last->next = newest;
+  l->pending = static_cast<int16_t>(l->pending + count);
+}
+
+// Pending add: one node (a, x) in the tail.
+template <class Node>
+int append_add(mdl_termlst *l, const Node &t) {
+  Node *n = new_node(list_problem<Node>(l), t);
+  if (n == nullptr) return -1;
+  push_pending(l, n, n, 1);
+  return 1;
+}
+
+// Pending set: a reset marker (0, x), then (a, x) unless a is 0.  Both nodes
+// are obtained before either is linked, so a failure changes nothing.
+template <class Node>
+int append_set(mdl_termlst *l, const Node &t) {
+  MDLprob prob = list_problem<Node>(l);
+  Node marker = t;
+  marker.coef = 0;
+  Node *m = new_node(prob, marker);
+  if (m == nullptr) return -1;
+  if (t.coef == 0) {
+    push_pending(l, m, m, 1);
+    l->resets = static_cast<int16_t>(l->resets + 1);
+    return 1;
+  }
+  Node *v = new_node(prob, t);
+  if (v == nullptr) {
+    free_node(prob, m);
+    return -1;
+  }
+  v->next = m;
+  push_pending(l, v, m, 2);
+  l->resets = static_cast<int16_t>(l->resets + 2);
+  return 1;
+}
+
+template <class Node>
+struct sort_entry {
+  Node *node;   // null in the sentinel
+  int order;    // insertion number, 0 for the oldest pending node
+};
+
+// Merge the pending tail into the run.  Operations on one variable are
+// applied in the order they were made, starting from the run's coefficient,
+// so the result is bit for bit that of applying them one by one.  Nodes of
+// consumed entries go back to the pool; one of them is reused when a term is
+// new to the run, so the sort never allocates.  Returns 0 when nothing was
+// pending, else 1; the list may be deleted.
+template <class Node>
+int sort_list(mdl_termlst **lp) {
+  mdl_termlst *l = *lp;
+  if (l == nullptr || l->pending <= 0) return 0;
+  MDLprob prob = list_problem<Node>(l);
+  Node *last = last_of<Node>(l);
+  sort_entry<Node> entries[max_pending + 1];
+  int n = 0;
+  for (Node *p = last->next; p != nullptr && n < max_pending; p = p->next) entries[n++] = {p, 0};
+  last->next = nullptr;
+  // The tail runs newest first.
+  for (int i = 0; i < n; ++i) entries[i].order = n - 1 - i;
+  std::sort(entries, entries + n, [](const sort_entry<Node> &a, const sort_entry<Node> &b) {
+    auto c = key_of(*a.node) <=> key_of(*b.node);
+    return c < 0 || (c == 0 && a.order < b.order);
+  });
+  entries[n] = {nullptr, 0};
+
+  Node *prev = nullptr;
+  Node *cur = first_of<Node>(l);
+  for (int i = 0; entries[i].node != nullptr;) {
+    const auto key = key_of(*entries[i].node);
+    while (cur != nullptr && key_of(*cur) < key) {
+      prev = cur;
+      cur = cur->next;
+    }
+    const bool present = cur != nullptr && key_of(*cur) == key;
+    double sum = present ? cur->coef : 0.0;
+    int end = i;
+    for (; entries[end].node != nullptr && key_of(*entries[end].node) == key; ++end) {
+      double c = entries[end].node->coef;
+      sum = c == 0 ? 0.0 : sum + c;   // a zero entry is a reset marker
+    }
+    int first_free = i;   // entries from here on go back to the pool
+    if (present && sum == 0) {
+      Node *next = cur->next;
+      if (prev != nullptr) prev->next = next; else l->first = next;
+      if (l->last == cur) l->last = prev;
+      free_node(prob, cur);
+      cur = next;
+    } else if (present) {
+      cur->coef = sum;
+    } else if (sum != 0) {
+      Node *keep = entries[i].node;
+      keep->coef = sum;
+      keep->next = cur;
+      if (prev != nullptr) prev->next = keep; else l->first = keep;
+      if (cur == nullptr) l->last = keep;
+      prev = keep;
+      first_free = i + 1;
+    }
+    for (int k = first_free; k < end; ++k) free_node(prob, entries[k].node);
+    i = end;
+  }
+  l->pending = 0;
+  l->resets = 0;
+  release_leading_zeros<Node>(lp, prob);
+  return 1;
+}
+
+// Add-term: the six cases, sorting when the tail is full.
+template <class Node>
+int add_term(mdl_termlst **lp, const Node &t) {
+  const auto key = key_of(t);
+  for (;;) {
+    mdl_termlst *l = *lp;
+    if (l == nullptr) return create_list(lp, t);
+    Node *last = last_of<Node>(l);
+    if (key_of(*last) < key) return insert_after_last(l, t);
+    if (key_of(*last) == key) {
+      last->coef += t.coef;   // a zero sum stays as a zero node
+      return 1;
+    }
+    Node *first = first_of<Node>(l);
+    if (key_of(*first) == key) {
+      first->coef += t.coef;
+      if (l->pending == 0 && first->coef == 0) release_leading_zeros<Node>(lp, problem_of(*first));
+      return 1;
+    }
+    if (key < key_of(*first)) return insert_before_first(l, t);
+    if (l->pending < max_pending) return append_add(l, t);
+    sort_list<Node>(lp);
+  }
+}
+
+// Set-term: the six cases, sorting when fewer than two tail places are left.
+template <class Node>
+int set_term(mdl_termlst **lp, const Node &t) {
+  const auto key = key_of(t);
+  const double a = t.coef;
+  for (;;) {
+    mdl_termlst *l = *lp;
+    if (l == nullptr) return a == 0 ? 0 : create_list(lp, t);
+    Node *last = last_of<Node>(l);
+    if (key_of(*last) < key) return a == 0 ? 0 : insert_after_last(l, t);
+    if (key_of(*last) == key) {
+      if (last->coef == a) return 0;
+      last->coef = a;
+      return 1;
+    }
+    Node *first = first_of<Node>(l);
+    if (key_of(*first) == key) {
+      if (first->coef == a) return 0;
+      first->coef = a;
+      if (l->pending == 0 && a == 0) release_leading_zeros<Node>(lp, problem_of(*first));
+      return 1;
+    }
+    if (key < key_of(*first)) return a == 0 ? 0 : insert_before_first(l, t);
+    if (l->pending < max_pending_before_set) return append_set(l, t);
+    sort_list<Node>(lp);
+  }
+}
+
+template <class Node>
+int list_length(mdl_termlst **lp) {
+  sort_list<Node>(lp);
+  if (*lp == nullptr) return 0;
+  int count = 0;
+  for (Node *n = first_of<Node>(*lp); n != nullptr; n = n->next)
+    if (n->coef != 0) ++count;   // NaN counts
+  return count;
+}
+
+template <class Node>
+int negate_list(mdl_termlst *l) {
+  if (l == nullptr) return 0;
+  for (Node *n = first_of<Node>(l); n != nullptr; n = n->next) n->coef = -n->coef;
+  return 1;
+}
+
+// Pending operations are merged before scaling: a pending term scaled down
+// to 0 would otherwise read as a reset marker.
+template <class Node>
+int scale_list(mdl_termlst **lp, double factor) {
+  if (*lp == nullptr || factor == 1.0) return 0;
+  if (factor == 0.0) {
+    destroy<Node>(lp);
+    return 1;
+  }
+  sort_list<Node>(lp);
+  if (*lp == nullptr) return 1;
+  for (Node *n = first_of<Node>(*lp); n != nullptr; n = n->next) n->coef *= factor;
+  if (first_of<Node>(*lp)->coef == 0) release_leading_zeros<Node>(lp, list_problem<Node>(*lp));
+  return 1;
+}
+
+// Copy of a whole list (run, tail and counts) on the pool of the source's
+// problem; on failure nothing is left behind and -1 is returned.
+template <class Node>
+int copy_list(mdl_termlst **target, const mdl_termlst *src) {
+  *target = nullptr;
+  if (src == nullptr) return 0;
+  MDLprob prob = list_problem<Node>(src);
+  mdl_termlst *l = new_termlst(prob);
+  if (l == nullptr) return -1;
+  Node *head = nullptr;
+  Node **link = &head;
+  for (const Node *s = first_of<Node>(src); s != nullptr; s = s->next) {
+    Node *n = new_node(prob, *s);
+    if (n == nullptr) {
+      free_chain(prob, head);
+      del_termlst(prob, l);
+      return -1;
+    }
+    *link = n;
+    link = &n->next;
+    if (s == src->last) l->last = n;
+  }
+  l->first = head;
+  l->pending = src->pending;
+  l->resets = src->resets;
+  *target = l;
+  return 1;
+}
+
+// Nodes of the run from `from` up to and including `to`.
+template <class Node>
+int count_nodes(const Node *from, const Node *to) {
+  int count = 0;
+  for (const Node *n = from; n != nullptr; n = n->next) {
+    ++count;
+    if (n == to) break;
+  }
+  return count;
+}
+
+// Take `count` fresh nodes chained through `next`; null (nothing kept) when
+// the pool fails.  `ok` tells a failure from an empty request.
+template <class Node>
+Node *take_nodes(MDLprob prob, int count, bool &ok) {
+  Node *chain = nullptr;
+  ok = true;
+  for (int i = 0; i < count; ++i) {
+    auto *n = static_cast<Node *>(mdlallocmem(prob, sizeof(Node), 0));
+    if (n == nullptr) {
+      free_chain(prob, chain);
+      ok = false;
+      return nullptr;
+    }
+    n->next = chain;
+    chain = n;
+  }
+  return chain;
+}
+
+// Add the sorted run of S (no resets) into the run of T (no resets), then
+// hang copies of S's pending adds in front of T's tail.  Every node needed is
+// taken before T is touched, so a failure leaves T as it was.  While
+// anything stays pending, a zero result at either end of the run is kept, so
+// that pending terms stay strictly inside the run.
+template <class Node>
+int merge_lists(mdl_termlst **tp, mdl_termlst *s) {
+  mdl_termlst *t = *tp;
+  MDLprob prob = list_problem<Node>(t);
+  Node *s_last = last_of<Node>(s);
+  const int total_pending = t->pending + s->pending;
+  bool ok;
+  Node *spare = take_nodes<Node>(
+      prob, count_nodes(first_of<Node>(s), s_last) + s->pending, ok);
+  if (!ok) return -1;
+  auto take = [&spare](const Node &proto) {
+    Node *n = spare;
+    spare = n->next;
+    *n = proto;
+    n->next = nullptr;
+    return n;
+  };
+
+  Node *t_last = last_of<Node>(t);
+  Node *t_tail = t_last->next;
+  t_last->next = nullptr;
+  Node *prev = nullptr;
+  Node *cur = first_of<Node>(t);
+  for (Node *sn = first_of<Node>(s);; sn = sn->next) {
+    const auto key = key_of(*sn);
+    while (cur != nullptr && key_of(*cur) < key) {
+      prev = cur;
+      cur = cur->next;
+    }
+    const bool more = sn != s_last;
+    if (cur != nullptr && key_of(*cur) == key) {
+      cur->coef += sn->coef;
+      const bool inner = prev != nullptr && (cur->next != nullptr || more);
+      if (cur->coef == 0 && (total_pending == 0 || inner)) {
+        Node *next = cur->next;
+        if (prev != nullptr) prev->next = next; else t->first = next;
+        free_node(prob, cur);
+        cur = next;
+      } else {
+        prev = cur;
+        cur = cur->next;
+      }
+    } else {
+      const bool inner = prev != nullptr && (cur != nullptr || more);
+      if (sn->coef != 0 || (total_pending != 0 && !inner)) {
+        Node *n = take(*sn);
+        n->next = cur;
+        if (prev != nullptr) prev->next = n; else t->first = n;
+        prev = n;
+      }
+    }
+    if (!more) break;
+  }
+  // The run ends at the old last unless the walk went past it.
+  if (cur == nullptr) t_last = prev;
+  if (t_last != nullptr) {
+    t->last = t_last;
+    Node *tail_end = t_last;
+    for (Node *p = s_last->next; p != nullptr; p = p->next) {
+      Node *n = take(*p);
+      tail_end->next = n;
+      tail_end = n;
+    }
+    tail_end->next = t_tail;
+  }
+  t->pending = static_cast<int16_t>(total_pending);
+  free_chain(prob, spare);
+  if (t_last == nullptr || total_pending == 0) release_leading_zeros<Node>(tp, prob);
+  return 1;
+}
+
+// Add-list: T += S.  T is sorted when it holds resets; S when it holds resets
+// or when both tails together would not fit into one.
+template <class Node>
+int add_list(mdl_termlst **tp, mdl_termlst **sp) {
+  if (*sp == nullptr) return 0;
+  if (*tp == nullptr) return copy_list<Node>(tp, *sp);
+  if (*tp == *sp) return scale_list<Node>(tp, 2.0);
+  if ((*tp)->resets != 0) {
+    sort_list<Node>(tp);
+    if (*tp == nullptr) return copy_list<Node>(tp, *sp);
+  }
+  if ((*sp)->resets != 0 || (*tp)->pending + (*sp)->pending > max_pending) {
+    sort_list<Node>(sp);
+    if (*sp == nullptr) return 0;
+  }
+  return merge_lists<Node>(tp, *sp);
+}
+
+// The list's problem, when there is a list: used to report errors.
+MDLprob problem_or_null(const MDLtermlst *lp, bool quad) {
+  if (lp == nullptr || *lp == nullptr) return nullptr;
+  return quad ? list_problem<mdl_qterm>(*lp) : list_problem<mdl_term>(*lp);
+}
+
+// Argument checks of the term operations: a reference to hold the list and
+// the variables; reports the failure and returns false.
+bool check_args(const char *fn, MDLtermlst *lp, bool quad, const mdl_var *v1,
+                const mdl_var *v2) {
+  if (lp == nullptr) {
+    mdlerror(nullptr, MDL_E_INTERNAL, fn);
+    return false;
+  }
+  if (v1 == nullptr || (quad && v2 == nullptr)) {
+    mdlerror(problem_or_null(lp, quad), MDL_E_NOVAR, fn);
+    return false;
+  }
+  return true;
+}
+
+// A quadratic term with its pair in handle order.
+mdl_qterm ordered_pair(MDLvar v1, MDLvar v2, double coef) {
+  if (address(v2) < address(v1)) std::swap(v1, v2);
+  return {coef, v1, v2, nullptr};
+}
+
+}  // namespace
+
+mdl_termlst *new_termlst(MDLprob prob) {
+  auto *l = static_cast<mdl_termlst *>(mdlallocmem(prob, sizeof(mdl_termlst), 1));
+  if (l != nullptr) mdlinrcprob(prob);
+  return l;
+}
+
+mdl_termlst *new_qtermlst(MDLprob prob) { return new_termlst(prob); }
+
+void del_termlst(MDLprob prob, mdl_termlst *list) {
+  mdlrecyclemem(prob, list, sizeof(mdl_termlst));
+  mdldeallocprob(prob);
+}
+
+void del_qtermlst(MDLprob prob, mdl_termlst *list) { del_termlst(prob, list); }
+
+}  // namespace kvtl
+
+using namespace kvtl;
+
+KVTL_API int mdldel_termlst(MDLtermlst *list) {
+  if (list == nullptr || *list == nullptr) return 0;
+  destroy<mdl_term>(list);
+  return 1;
+}
+
+KVTL_API int mdldel_qtermlst(MDLtermlst *list) {
+  if (list == nullptr || *list == nullptr) return 0;
+  destroy<mdl_qterm>(list);
+  return 1;
+}
+
+// A zero coefficient adds nothing; a zero node in the tail would moreover
+// read as a reset marker.
+KVTL_API int mdladd_term(MDLvar var, MDLtermlst *list, double coef) {
+  if (!check_args("add_term", list, false, var, nullptr)) return -1;
+  if (coef == 0) return 0;
+  return add_term<mdl_term>(list, {coef, var, nullptr});
+}
+
+KVTL_API int mdladd_qterm(MDLvar var1, MDLvar var2, MDLtermlst *list, double coef) {
+  if (!check_args("add_qterm", list, true, var1, var2)) return -1;
+  if (coef == 0) return 0;
+  return add_term<mdl_qterm>(list, ordered_pair(var1, var2, coef));
+}
+
+KVTL_API int mdlset_term(MDLvar var, MDLtermlst *list, double coef) {
+  if (!check_args("set_term", list, false, var, nullptr)) return -1;
+  return set_term<mdl_term>(list, {coef, var, nullptr});
+}
+
+KVTL_API int mdlset_qterm(MDLvar var1, MDLvar var2, MDLtermlst *list, double coef) {
+  if (!check_args("set_qterm", list, true, var1, var2)) return -1;
+  return set_term<mdl_qterm>(list, ordered_pair(var1, var2, coef));
+}
+
+KVTL_API int mdlsort_termlst(MDLtermlst *list) {
+  return list == nullptr ? 0 : sort_list<mdl_term>(list);
+}
+
+KVTL_API int mdlsort_qtermlst(MDLtermlst *list) {
+  return list == nullptr ? 0 : sort_list<mdl_qterm>(list);
+}
+
+KVTL_API int mdlstriptermlst(MDLtermlst *list) {
+  if (list == nullptr || *list == nullptr || (*list)->pending < 1) return 0;
+  return sort_list<mdl_term>(list);
+}
+
+KVTL_API int mdlstripqtermlst(MDLtermlst *list) {
+  if (list == nullptr || *list == nullptr || (*list)->pending < 1) return 0;
+  return sort_list<mdl_qterm>(list);
+}
+
+KVTL_API int mdlstripexpr(struct mdl_expr *expr) {
+  if (expr == nullptr) return 0;
+  int lin = mdlstriptermlst(&expr->lin);
+  int quad = mdlstripqtermlst(&expr->quad);
+  return lin | quad;
+}
+
+KVTL_API int mdlget_termlst_len(MDLtermlst *list) {
+  return list == nullptr ? 0 : list_length<mdl_term>(list);
+}
+
+KVTL_API int mdlget_qtermlst_len(MDLtermlst *list) {
+  return list == nullptr ? 0 : list_length<mdl_qterm>(list);
+}
+
+KVTL_API int mdlchs_termlst(MDLtermlst *list) {
+  return list == nullptr ? 0 : negate_list<mdl_term>(*list);
+}
+
+KVTL_API int mdlchs_qtermlst(MDLtermlst *list) {
+  return list == nullptr ? 0 : negate_list<mdl_qterm>(*list);
+}
+
+KVTL_API int mdlmulc_termlst(MDLtermlst *list, double factor) {
+  return list == nullptr ? 0 : scale_list<mdl_term>(list, factor);
+}
+
+KVTL_API int mdlmulc_qtermlst(MDLtermlst *list, double factor) {
+  return list == nullptr ? 0 : scale_list<mdl_qterm>(list, factor);
+}
+
+KVTL_API int mdldup_termlst(MDLtermlst *target, MDLtermlst source) {
+  if (target == nullptr) {
+    mdlerror(nullptr, MDL_E_INTERNAL, "dup_termlst");
+    return -1;
+  }
+  return copy_list<mdl_term>(target, source);
+}
+
+KVTL_API int mdldup_qtermlst(MDLtermlst *target, MDLtermlst source) {
+  if (target == nullptr) {
+    mdlerror(nullptr, MDL_E_INTERNAL, "dup_qtermlst");
+    return -1;
+  }
+  return copy_list<mdl_qterm>(target, source);
+}
+
+KVTL_API int mdladd_termlst(MDLtermlst *target, MDLtermlst *source) {
+  if (target == nullptr) {
+    mdlerror(nullptr, MDL_E_INTERNAL, "add_termlst");
+    return -1;
+  }
+  return source == nullptr ? 0 : add_list<mdl_term>(target, source);
+}
+
+KVTL_API int mdladd_qtermlst(MDLtermlst *target, MDLtermlst *source) {
+  if (target == nullptr) {
+    mdlerror(nullptr, MDL_E_INTERNAL, "add_qtermlst");
+    return -1;
+  }
+  return source == nullptr ? 0 : add_list<mdl_qterm>(target, source);
+}

@@ -1,0 +1,32 @@
+/*
+ * termlist.h -- term lists for other modules: header creation and release
+ * (with the problem reference a header holds) and the tail limits.
+ */
+#ifndef KVTL_EXPR_TERMLIST_H
+#define KVTL_EXPR_TERMLIST_H
+
+#include "expr/termlist_types.h"
+#include "kvtl.h"
+
+namespace kvtl {
+
+// Most nodes the unsorted tail may hold; a set-term appends two nodes, so it
+// sorts first when fewer than two places are left.
+constexpr int max_pending = 255;
+constexpr int max_pending_before_set = 254;
+
+// A new empty header from the problem's pool, holding one reference on the
+// problem; null when the pool has no memory (error 1502 reported).  A header
+// must receive its first node before list operations see it: a non-null list
+// always has at least one node, whose variable names the list's problem.
+mdl_termlst *new_termlst(MDLprob prob);
+mdl_termlst *new_qtermlst(MDLprob prob);
+
+// Give a header (only the header, not its nodes) back to the problem's pool
+// and drop the reference it held on the problem.
+void del_termlst(MDLprob prob, mdl_termlst *list);
+void del_qtermlst(MDLprob prob, mdl_termlst *list);
+
+}  // namespace kvtl
+
+#endif
