@@ -110,9 +110,115 @@ KVTL_API void mdlinrcprob(MDLprob prob);
 
 /* ---- Problems (creation, naming, reset, sense, dictionaries, bracket) ---- */
 
+/* A new problem, made current in the calling thread; `name` (may be null or
+ * empty: a generated name under $TMPDIR) is the base of the engine's side
+ * files.  Starts the library when needed.  Null on failure. */
+KVTL_API MDLprob mdlnewprob(const char *name);
+/* Delete a problem: its engine problem, side files and model.  Memory goes
+ * with the last term list still held by the application. */
+KVTL_API int mdldelprob_prob(MDLprob prob);
+/* As mdldelprob_prob; with destroy 0 the engine problem is kept for its
+ * other owner. */
+KVTL_API int mdldelprob_jprob(MDLprob prob, int destroy);
+KVTL_API int mdlsetprobname_prob(MDLprob prob, const char *name);
+/* The problem's file base (its name, or the generated base). */
+KVTL_API const char *mdlgetprobname_prob(MDLprob prob);
+/* Empty the engine problem and the solution state; the model stays. */
+KVTL_API int mdlresetprob_prob(MDLprob prob);
+/* Objective sense: maximise non-zero, else minimise. */
+KVTL_API int mdlsetsense_prob(MDLprob prob, int maximise);
+/* 1 when maximising, 0 when minimising, -1 for no problem. */
+KVTL_API int mdlgetsense_prob(MDLprob prob);
+/* Status flags: 1 loaded, 2 directives pending, 4 modified, 8 solution
+ * available, 64 outside solution. */
+KVTL_API int mdlgetprobstat_prob(MDLprob prob);
+/* Bucket count of the name dictionary (which 0; size 0 switches names off)
+ * or of the index-set dictionary (which non-zero), before first use. */
+KVTL_API int mdlsetdictsize_prob(MDLprob prob, int which, int size);
+/* Work on another engine problem object while an engine callback runs;
+ * the bracket holds the problem's mutex. */
+KVTL_API int mdlbegincb_prob(MDLprob prob, MDLkvslprob handle);
+KVTL_API int mdlendcb_prob(MDLprob prob);
+
 /* ---- Names ---------------------------------------------------------------- */
 
+/* Entity kinds of the name dictionary (0 in a look-up: any kind), and the
+ * flags of mdlfindname added to a kind: create a missing entry, or only
+ * look up (16 without 8). */
+enum {
+  MDL_KIND_ANY = 0,
+  MDL_KIND_VAR = 1,     /* default name "VAR" */
+  MDL_KIND_ARRVAR = 2,  /* "AV" */
+  MDL_KIND_CTR = 3,     /* "CTR" */
+  MDL_KIND_SOS = 4,     /* "SOS" */
+  MDL_KIND_IDX = 5,     /* "IDX" */
+  MDL_FIND_CREATE = 8,
+  MDL_FIND_LOOKUP = 16
+};
+
+struct mdl_dict_entry;
+struct mdl_entity_entry;
+
+/* Find (or create) the dictionary entry of a name and kind. */
+KVTL_API struct mdl_dict_entry *mdlfindname(MDLprob prob, const char *name, int flags);
+/* Enter an entity under a unique name ("x", "x_1", ...; `prefix` when the
+ * name is null or empty). */
+KVTL_API struct mdl_dict_entry *mdlnormname(MDLprob prob, const char *name,
+                                            const char *prefix, int kind, void *entity);
+/* The entity of a kind (0: any) with that name, or null. */
+KVTL_API void *mdlgetbyname_prob(MDLprob prob, const char *name, int kind);
+/* Format a name (at most 127 characters) into the calling thread's name
+ * ring buffer; valid until a few more names have been formatted. */
+KVTL_API const char *mdlnewname(const char *format, ...)
+#if defined(__GNUC__)
+    __attribute__((format(printf, 1, 2)))
+#endif
+    ;
+/* Put an entity on the entity list of a problem that keeps no names. */
+KVTL_API struct mdl_entity_entry *mdladdtodel(MDLprob prob, int kind, void *entity);
+/* Generated name of an unnamed object ("x" and the handle in hex), written
+ * into `buffer` (at least 20 characters). */
+KVTL_API const char *mdlmktn(char *buffer, const void *handle);
+
 /* ---- Variables ------------------------------------------------------------ */
+
+/* Variable types. */
+enum {
+  MDL_CONTINUOUS = 0,
+  MDL_BINARY = 1,
+  MDL_INTEGER = 2,
+  MDL_PARTINT = 3,   /* integer below the limit, continuous above */
+  MDL_SEMICONT = 4,  /* 0 or within [limit, ub] */
+  MDL_SEMIINT = 5    /* 0 or an integer within [limit, ub] */
+};
+
+/* A new variable (null on failure); a binary's bounds are clamped to [0,1]. */
+KVTL_API MDLvar mdlnewvar_prob(MDLprob prob, const char *name, int type, double lb,
+                               double ub);
+KVTL_API int mdlsetvartype(MDLvar var, int type);
+/* The type, or -1 for no variable. */
+KVTL_API int mdlgetvartype(MDLvar var);
+KVTL_API int mdlsetlb(MDLvar var, double value);
+KVTL_API int mdlsetub(MDLvar var, double value);
+/* Set both bounds to the value (no consistency check). */
+KVTL_API int mdlfixvar(MDLvar var, double value);
+/* Either pointer may be null. */
+KVTL_API int mdlgetbounds(MDLvar var, double *lb, double *ub);
+/* Limit of a partial integer or semi-continuous variable. */
+KVTL_API int mdlsetlim(MDLvar var, double value);
+KVTL_API int mdlgetlim(MDLvar var, double *value);
+/* Column in the loaded matrix, or -1. */
+KVTL_API int mdlgetcolnum(MDLvar var);
+/* The name, or the generated name of an unnamed variable. */
+KVTL_API const char *mdlgetvarname(MDLvar var);
+/* 1 when a solution is available and the variable has a column. */
+KVTL_API int mdlgetvarstat(MDLvar var);
+/* An application value kept with the variable. */
+KVTL_API int mdlsetvarlink(MDLvar var, void *link);
+KVTL_API void *mdlgetvarlink(MDLvar var);
+/* 1 when 0 is feasible for the variable, else 0 with the feasible value
+ * nearest to 0 written to `value` (when not null). */
+KVTL_API int mdlisvarzerofeas(MDLvar var, double *value);
 
 /* ---- Term lists ----------------------------------------------------------- */
 

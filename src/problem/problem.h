@@ -80,4 +80,10 @@ struct mdl_problem {
   pthread_mutex_t mutex;         // callback bracket; reference counts
 };
 
+namespace kvtl {
+// Release a term list held by a record of a problem being deleted and
+// clear the reference (a null reference is left alone).
+void drop_termlst(mdl_termlst **list);
+}  // namespace kvtl
+
 #endif
