@@ -1,5 +1,6 @@
 /*
- * controls.cpp -- numbered controls and attributes of an engine problem.
+ * controls.cpp -- numbered controls and attributes of an engine problem:
+ * the table of controls with their defaults, and the attribute reads.
  */
 #include "engine.h"
 
@@ -38,7 +39,31 @@ const dbl_control *find_dbl(int n) {
   return nullptr;
 }
 
+// Default of a double control; the cutoff's depends on the sense.
+double dbl_default(const kvsl_prob *prob, const dbl_control *c) {
+  if (c->number == KVSL_CTRL_CUTOFF) return prob->sense < 0 ? -1e40 : 1e40;
+  return c->defval;
+}
+
 }  // namespace
+
+namespace kvsl {
+
+int intcontrol(const kvsl_prob *prob, int control) {
+  auto it = prob->intctrl.find(control);
+  if (it != prob->intctrl.end()) return it->second;
+  const int_control *c = find_int(control);
+  return c != nullptr ? c->defval : 0;
+}
+
+double dblcontrol(const kvsl_prob *prob, int control) {
+  auto it = prob->dblctrl.find(control);
+  if (it != prob->dblctrl.end()) return it->second;
+  const dbl_control *c = find_dbl(control);
+  return c != nullptr ? dbl_default(prob, c) : 0.0;
+}
+
+}  // namespace kvsl
 
 KVSL_EXPORT int KVSLsetintcontrol(KVSLprob prob, int control, int value) {
   if (prob == nullptr) return KVSL_ERR_BADARG;
@@ -48,7 +73,8 @@ KVSL_EXPORT int KVSLsetintcontrol(KVSLprob prob, int control, int value) {
 }
 
 KVSL_EXPORT int KVSLgetintcontrol(KVSLprob prob, int control, int *value) {
-  if (prob == nullptr || value == nullptr) return kvsl::fail(prob, KVSL_ERR_BADARG);
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (value == nullptr) return kvsl::fail(prob, KVSL_ERR_BADARG);
   const int_control *c = find_int(control);
   if (c == nullptr) return kvsl::fail(prob, KVSL_ERR_BADCONTROL);
   auto it = prob->intctrl.find(control);
@@ -64,11 +90,12 @@ KVSL_EXPORT int KVSLsetdblcontrol(KVSLprob prob, int control, double value) {
 }
 
 KVSL_EXPORT int KVSLgetdblcontrol(KVSLprob prob, int control, double *value) {
-  if (prob == nullptr || value == nullptr) return kvsl::fail(prob, KVSL_ERR_BADARG);
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (value == nullptr) return kvsl::fail(prob, KVSL_ERR_BADARG);
   const dbl_control *c = find_dbl(control);
   if (c == nullptr) return kvsl::fail(prob, KVSL_ERR_BADCONTROL);
   auto it = prob->dblctrl.find(control);
-  *value = it != prob->dblctrl.end() ? it->second : c->defval;
+  *value = it != prob->dblctrl.end() ? it->second : dbl_default(prob, c);
   return 0;
 }
 
@@ -85,30 +112,36 @@ KVSL_EXPORT int KVSLsetdefaultcontrol(KVSLprob prob, int control) {
   return kvsl::fail(prob, KVSL_ERR_BADCONTROL);
 }
 
-// No matrix can be loaded yet: every attribute reads as "nothing loaded".
+// Integer attributes: see the table in kvsl.h.
 KVSL_EXPORT int KVSLgetintattrib(KVSLprob prob, int attrib, int *value) {
-  if (prob == nullptr || value == nullptr) return kvsl::fail(prob, KVSL_ERR_BADARG);
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (value == nullptr) return kvsl::fail(prob, KVSL_ERR_BADARG);
   switch (attrib) {
     case KVSL_ATTR_ERRORCODE: *value = prob->errorcode; return 0;
-    case KVSL_ATTR_ROWS: case KVSL_ATTR_SETS: case KVSL_ATTR_ENTITIES:
-    case KVSL_ATTR_LPSTATUS: case KVSL_ATTR_MIPSTATUS: case KVSL_ATTR_COLS:
-    case KVSL_ATTR_SIMPLEXITER: case KVSL_ATTR_PRESOLVESTATE: case KVSL_ATTR_NUMIIS:
-    case KVSL_ATTR_NODES: case KVSL_ATTR_IISAVAILABLE:
-      *value = 0;
-      return 0;
-    default:
-      return kvsl::fail(prob, KVSL_ERR_BADCONTROL);
+    case KVSL_ATTR_ROWS: *value = static_cast<int>(prob->rowtype.size()); return 0;
+    case KVSL_ATTR_COLS: *value = prob->ncols; return 0;
+    case KVSL_ATTR_SETS: *value = static_cast<int>(prob->settype.size()); return 0;
+    case KVSL_ATTR_ENTITIES: *value = static_cast<int>(prob->entities.size()); return 0;
+    case KVSL_ATTR_LPSTATUS: *value = prob->lpstatus; return 0;
+    case KVSL_ATTR_MIPSTATUS: *value = prob->mipstatus; return 0;
+    case KVSL_ATTR_SIMPLEXITER: *value = prob->iterations; return 0;
+    case KVSL_ATTR_PRESOLVESTATE: *value = prob->lp_held ? KVSL_SOLUTION_HELD : 0; return 0;
+    case KVSL_ATTR_NUMIIS: *value = 0; return 0;
+    case KVSL_ATTR_NODES: *value = prob->nodes; return 0;
+    case KVSL_ATTR_IISAVAILABLE: *value = 0; return 0;
+    default: return kvsl::fail(prob, KVSL_ERR_BADCONTROL);
   }
 }
 
+// Double attributes: see the table in kvsl.h.
 KVSL_EXPORT int KVSLgetdblattrib(KVSLprob prob, int attrib, double *value) {
-  if (prob == nullptr || value == nullptr) return kvsl::fail(prob, KVSL_ERR_BADARG);
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (value == nullptr) return kvsl::fail(prob, KVSL_ERR_BADARG);
   switch (attrib) {
-    case KVSL_ATTR_LPOBJVAL: case KVSL_ATTR_BESTBOUND: case KVSL_ATTR_MIPOBJVAL:
-    case KVSL_ATTR_SOLVETIME:
-      *value = 0.0;
-      return 0;
-    default:
-      return kvsl::fail(prob, KVSL_ERR_BADCONTROL);
+    case KVSL_ATTR_LPOBJVAL: *value = prob->lp_held ? prob->lp_obj : 0.0; return 0;
+    case KVSL_ATTR_BESTBOUND: *value = prob->best_bound; return 0;
+    case KVSL_ATTR_MIPOBJVAL: *value = prob->mip_held ? prob->mip_obj : 0.0; return 0;
+    case KVSL_ATTR_SOLVETIME: *value = prob->solvetime; return 0;
+    default: return kvsl::fail(prob, KVSL_ERR_BADCONTROL);
   }
 }

@@ -1,31 +1,166 @@
 /*
  * engine.h -- internal state of an engine problem, shared by the files that
  * implement the engine's capabilities.
+ *
+ * Conventions of the engine (what the numbers an application reads mean):
+ * - The objective is  c'x + 0.5 x'Qx - k, where k is the value stored at
+ *   column -1 by KVSLchgobj; every objective value the engine reports
+ *   (LP, MIP, best bound, solution files) includes -k.
+ * - Slack of row i:  rhs_i - a_i'x  (for 'R' rows rhs is the upper end).
+ * - Dual of row i:   the derivative of the objective with respect to rhs_i,
+ *   in the problem's own sense.  Minimising, a binding 'L' row has a dual
+ *   <= 0 and a binding 'G' row one >= 0; maximising, the signs swap.
+ * - Reduced cost of column j:  c_j (+ (Qx)_j) - a_j'y, the derivative of the
+ *   objective with respect to x_j when the basic columns follow.
+ * - The loaded problem is never held presolved between calls: presolve runs
+ *   inside each optimisation and is undone before it returns, so the
+ *   presolve flags 2 and 4 of attribute 1026 are never set and
+ *   KVSLpostsolve has nothing to do.
  */
 #ifndef KVSL_ENGINE_H
 #define KVSL_ENGINE_H
 
+#include <cstdint>
 #include <map>
+#include <memory>
+#include <mutex>
 #include <string>
+#include <vector>
 
 #include "kvsl.h"
 
 #define KVSL_EXPORT extern "C" __attribute__((visibility("default")))
 
+class ClpSimplex;
+class CoinPackedMatrix;
+
+namespace kvsl {
+class backend_log;
+
+// One global entity of the loaded problem.
+struct entity {
+  char type;     // 'B', 'I', 'P', 'S' or 'R'
+  int col;
+  double limit;  // for 'P', 'S', 'R'
+};
+
+// Branching directive of a column (obj >= 0) or a set (obj = -set number).
+struct directive {
+  int obj;
+  int prio;
+  char dir;
+  double up, down;
+};
+
+// Indicator row: row holds when column col equals 1 (flag 1) or 0 (flag -1).
+struct indicator {
+  int row, col, flag;
+};
+
+// Ranging results of the current LP solution.
+struct ranging {
+  std::vector<double> row_upact, row_loact, row_uup, row_udn;
+  std::vector<double> col_upact, col_loact, col_uup, col_udn, col_ucost, col_lcost;
+};
+
+}  // namespace kvsl
+
 struct kvsl_prob {
   std::string name;
   KVSLmsgcb msgcb = nullptr;
   void *msguser = nullptr;
+  std::mutex msg_mutex;            // serialises callback calls from search threads
   std::map<int, int> intctrl;      // integer controls set away from default
   std::map<int, double> dblctrl;   // double controls set away from default
   int errorcode = 0;               // attribute 1023
+
+  // Log handler of the backend model (declared before it: it outlives it).
+  std::unique_ptr<kvsl::backend_log> log;
+
+  // The loaded problem.  The matrix, bounds and linear/quadratic objective
+  // live only in the backend model; the row data as given are kept beside
+  // it because the backend knows rows only as lower/upper activity bounds.
+  bool loaded = false;
+  int ncols = 0;
+  std::string modelname;           // name given with the load
+  std::unique_ptr<ClpSimplex> lp;
+  std::vector<char> rowtype;
+  std::vector<double> rhs, range;
+  double objconst = 0.0;           // k: the objective is c'x - k
+  int sense = 1;                   // 1 minimise, -1 maximise
+  bool has_quadratic = false;
+  std::vector<kvsl::entity> entities;
+  std::vector<char> settype;
+  std::vector<int64_t> setstart;
+  std::vector<int> setcol;
+  std::vector<double> setref;
+  std::vector<std::string> rownames, colnames, setnames;
+  std::vector<kvsl::directive> directives;
+  std::vector<int> modelcuts, delayedrows;
+  std::vector<kvsl::indicator> indicators;
+
+  // Results.
+  int lpstatus = KVSL_LP_UNSTARTED;
+  int mipstatus = KVSL_MIP_NOT_LOADED;
+  int iterations = 0;
+  int nodes = 0;
+  double solvetime = 0.0;
+  bool lp_held = false;            // an LP solution is held (flag 128)
+  std::vector<double> lp_x, lp_slack, lp_dual, lp_dj;
+  double lp_obj = 0.0;
+  bool mip_held = false;           // a MIP solution is held
+  std::vector<double> mip_x;
+  double mip_obj = 0.0;
+  double best_bound = 0.0;
+  std::unique_ptr<kvsl::ranging> ranges;
+
+  kvsl_prob();
+  ~kvsl_prob();
 };
 
 namespace kvsl {
+
 // Record an error code on the problem and return it as the call's result.
 int fail(KVSLprob prob, int code);
-// Deliver one log line through the problem's message callback.
+// Deliver one log line through the problem's message callback, unless
+// control 8035 switched the log off (errors are delivered anyway).
 void message(KVSLprob prob, int type, const char *text);
+// printf-style variant of message().
+void messagef(KVSLprob prob, int type, const char *fmt, ...)
+    __attribute__((format(printf, 3, 4)));
+
+// Current value of an integer or double control.
+int intcontrol(const kvsl_prob *prob, int control);
+double dblcontrol(const kvsl_prob *prob, int control);
+
+// Backend infinity for an interface bound (+-1e20 and beyond are infinite).
+double to_backend(double v);
+// Interface value (+-1e20) for a backend bound.
+double from_backend(double v);
+
+// Forget every solution, status and ranging result (after a change).
+void drop_solutions(kvsl_prob *prob);
+// Objective value of x in the problem's terms (linear, quadratic, constant).
+double objective_of(const kvsl_prob *prob, const double *x);
+// Slacks rhs - a'x of every row for the column values x.
+void slacks_of(const kvsl_prob *prob, const double *x, double *slack);
+// Does the problem hold entities or constraints the MIP search cannot treat?
+bool has_unsupported_globals(const kvsl_prob *prob);
+// The quadratic objective's triangle held by the backend (null: none).
+const CoinPackedMatrix *quadratic_of(const ClpSimplex &m);
+// Check that the quadratic objective is convex in the problem's sense.
+bool quadratic_is_convex(const kvsl_prob *prob);
+
+// Set the log level of the problem's backend handler for an LP solve.
+void prepare_lp_log(kvsl_prob *prob);
+
+// Solve the loaded LP (or QP) with the option letters; fills the LP results.
+int solve_lp(kvsl_prob *prob, const char *flags);
+// Run the global search; fills the MIP results.
+int solve_mip(kvsl_prob *prob, const char *flags);
+// Is a flag letter (case-insensitive) in the option string?
+bool has_flag(const char *flags, char letter);
+
 }  // namespace kvsl
 
 #endif

@@ -14,8 +14,10 @@
 
 #include "solver/kvsl.h"
 
-KVTL_API void *(*mdlsl_malloc)(size_t size) = nullptr;
-KVTL_API void (*mdlsl_free)(void *ptr) = nullptr;
+// The hooks start as the system allocator, so that the pools work even
+// before start-up; start-up restores them when the application cleared them.
+KVTL_API void *(*mdlsl_malloc)(size_t size) = malloc;
+KVTL_API void (*mdlsl_free)(void *ptr) = free;
 
 namespace kvtl {
 

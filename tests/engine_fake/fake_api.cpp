@@ -120,16 +120,6 @@ int solution_file(const char *fn, KVSLprob prob, const char *file, const char *f
   });
 }
 
-// An IIS search step: *status is scripted.
-int iis_step(const char *fn, KVSLprob prob, int *status) {
-  return run(
-      fn, prob, true, [&](args &a, kvsl_prob *) { a.out("status", status); },
-      [&](call &, kvsl_prob *) {
-        fake::detail::put_out(fn, "status", status);
-        return 0;
-      });
-}
-
 // Loaded sizes of a problem (0 for one that is not live).
 int64_t cols_of(const kvsl_prob *p) { return p != nullptr ? p->ncols : 0; }
 int64_t rows_of(const kvsl_prob *p) { return p != nullptr ? p->nrows : 0; }
@@ -147,6 +137,7 @@ int KVSLinit(const char *path) {
       [](call &, kvsl_prob *) { return 0; });
 }
 
+// Succeeds unless a failure is injected.
 int KVSLfree(void) {
   return run(
       "KVSLfree", nullptr, false, [](args &, kvsl_prob *) {},
@@ -167,6 +158,7 @@ int KVSLcreateprob(KVSLprob *prob) {
       });
 }
 
+// Frees a live problem; anything else is KVSL_ERR_BADARG.
 int KVSLdestroyprob(KVSLprob prob) {
   return run(
       "KVSLdestroyprob", prob, true, [](args &, kvsl_prob *) {},
@@ -177,6 +169,7 @@ int KVSLdestroyprob(KVSLprob prob) {
       });
 }
 
+// Recorded only: the recording engine writes no side files.
 int KVSLsetprobname(KVSLprob prob, const char *name) {
   return run_plain("KVSLsetprobname", prob, [&](args &a, kvsl_prob *) { a.s("name", name); });
 }
@@ -198,6 +191,7 @@ int KVSLsetcbmessage(KVSLprob prob, KVSLmsgcb cb, void *user) {
 
 // ---- Controls and attributes ------------------------------------------------
 
+// Stores an integer control of the table; other numbers fail.
 int KVSLsetintcontrol(KVSLprob prob, int control, int value) {
   return run(
       "KVSLsetintcontrol", prob, true,
@@ -208,6 +202,7 @@ int KVSLsetintcontrol(KVSLprob prob, int control, int value) {
       [&](call &, kvsl_prob *p) { return fake::detail::set_int_control(*p, control, value); });
 }
 
+// Reads an integer control (its default until set).
 int KVSLgetintcontrol(KVSLprob prob, int control, int *value) {
   return run(
       "KVSLgetintcontrol", prob, true,
@@ -223,6 +218,7 @@ int KVSLgetintcontrol(KVSLprob prob, int control, int *value) {
       });
 }
 
+// Stores a double control of the table; other numbers fail.
 int KVSLsetdblcontrol(KVSLprob prob, int control, double value) {
   return run(
       "KVSLsetdblcontrol", prob, true,
@@ -233,6 +229,7 @@ int KVSLsetdblcontrol(KVSLprob prob, int control, double value) {
       [&](call &, kvsl_prob *p) { return fake::detail::set_dbl_control(*p, control, value); });
 }
 
+// Reads a double control (its default until set).
 int KVSLgetdblcontrol(KVSLprob prob, int control, double *value) {
   return run(
       "KVSLgetdblcontrol", prob, true,
@@ -248,12 +245,14 @@ int KVSLgetdblcontrol(KVSLprob prob, int control, double *value) {
       });
 }
 
+// Restores an integer or double control to its default.
 int KVSLsetdefaultcontrol(KVSLprob prob, int control) {
   return run(
       "KVSLsetdefaultcontrol", prob, true, [&](args &a, kvsl_prob *) { a.i("control", control); },
       [&](call &, kvsl_prob *p) { return fake::detail::set_default_control(*p, control); });
 }
 
+// Answers the scripted attribute, the error code (1023) or 0.
 int KVSLgetintattrib(KVSLprob prob, int attrib, int *value) {
   return run(
       "KVSLgetintattrib", prob, true,
@@ -269,6 +268,7 @@ int KVSLgetintattrib(KVSLprob prob, int attrib, int *value) {
       });
 }
 
+// Answers the scripted attribute or 0.
 int KVSLgetdblattrib(KVSLprob prob, int attrib, double *value) {
   return run(
       "KVSLgetdblattrib", prob, true,
@@ -286,6 +286,8 @@ int KVSLgetdblattrib(KVSLprob prob, int attrib, double *value) {
 
 // ---- Loading a matrix ---------------------------------------------------------
 
+// Each load records all its arrays and, with sensible counts, sets the
+// problem's loaded size.
 int KVSLloadlp64(KVSLprob prob, const char *name, int ncols, int nrows, const char rowtype[],
                  const double rhs[], const double range[], const double obj[],
                  const int64_t colstart[], const int colcount[], const int rowind[],
@@ -299,6 +301,7 @@ int KVSLloadlp64(KVSLprob prob, const char *name, int ncols, int nrows, const ch
       [&](call &, kvsl_prob *p) { return load(p, ncols, nrows, 0, 0, 0, 0); });
 }
 
+// As KVSLloadlp64 plus the quadratic objective.
 int KVSLloadqp64(KVSLprob prob, const char *name, int ncols, int nrows, const char rowtype[],
                  const double rhs[], const double range[], const double obj[],
                  const int64_t colstart[], const int colcount[], const int rowind[],
@@ -314,6 +317,7 @@ int KVSLloadqp64(KVSLprob prob, const char *name, int ncols, int nrows, const ch
       [&](call &, kvsl_prob *p) { return load(p, ncols, nrows, nqobj, 0, 0, 0); });
 }
 
+// As KVSLloadqp64 plus the quadratic rows.
 int KVSLloadqcqp64(KVSLprob prob, const char *name, int ncols, int nrows, const char rowtype[],
                    const double rhs[], const double range[], const double obj[],
                    const int64_t colstart[], const int colcount[], const int rowind[],
@@ -332,6 +336,7 @@ int KVSLloadqcqp64(KVSLprob prob, const char *name, int ncols, int nrows, const 
       [&](call &, kvsl_prob *p) { return load(p, ncols, nrows, nqobj, nqrows, 0, 0); });
 }
 
+// As KVSLloadlp64 plus entities and sets.
 int KVSLloadglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
                      const char rowtype[], const double rhs[], const double range[],
                      const double obj[], const int64_t colstart[], const int colcount[],
@@ -350,6 +355,7 @@ int KVSLloadglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
       [&](call &, kvsl_prob *p) { return load(p, ncols, nrows, 0, 0, nglobal, nsets); });
 }
 
+// As KVSLloadglobal64 plus the quadratic objective.
 int KVSLloadqglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
                       const char rowtype[], const double rhs[], const double range[],
                       const double obj[], const int64_t colstart[], const int colcount[],
@@ -371,6 +377,7 @@ int KVSLloadqglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
       [&](call &, kvsl_prob *p) { return load(p, ncols, nrows, nqobj, 0, nglobal, nsets); });
 }
 
+// As KVSLloadqglobal64 plus the quadratic rows.
 int KVSLloadqcqpglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
                          const char rowtype[], const double rhs[], const double range[],
                          const double obj[], const int64_t colstart[], const int colcount[],
@@ -395,6 +402,7 @@ int KVSLloadqcqpglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
       [&](call &, kvsl_prob *p) { return load(p, ncols, nrows, nqobj, nqrows, nglobal, nsets); });
 }
 
+// The change and list calls below are recorded only, n entries each.
 int KVSLchgobj(KVSLprob prob, int n, const int col[], const double val[]) {
   return run_plain("KVSLchgobj", prob, [&](args &a, kvsl_prob *) {
     a.i("n", n);
@@ -483,6 +491,7 @@ int KVSLloaddirs(KVSLprob prob, int n, const int obj[], const int prio[], const 
 
 // ---- Optimisation -------------------------------------------------------------
 
+// Optimisation calls are recorded with their option letters.
 int KVSLlpoptimize(KVSLprob prob, const char *flags) {
   return optimize("KVSLlpoptimize", prob, flags, 0);
 }
@@ -493,20 +502,24 @@ int KVSLmipoptimize(KVSLprob prob, const char *flags) {
 int KVSLminim(KVSLprob prob, const char *flags) { return optimize("KVSLminim", prob, flags, 1); }
 int KVSLmaxim(KVSLprob prob, const char *flags) { return optimize("KVSLmaxim", prob, flags, -1); }
 
+// Recorded only.
 int KVSLpostsolve(KVSLprob prob) {
   return run_plain("KVSLpostsolve", prob, [](args &, kvsl_prob *) {});
 }
 
+// Recorded only.
 int KVSLinitglobal(KVSLprob prob) {
   return run_plain("KVSLinitglobal", prob, [](args &, kvsl_prob *) {});
 }
 
+// Recorded only.
 int KVSLfixglobals(KVSLprob prob, int round) {
   return run_plain("KVSLfixglobals", prob, [&](args &a, kvsl_prob *) { a.i("round", round); });
 }
 
 // ---- Solutions ------------------------------------------------------------------
 
+// Solution and ranging vectors are scripted, sized by the last load.
 int KVSLgetlpsol(KVSLprob prob, double x[], double slack[], double dual[], double dj[]) {
   return run(
       "KVSLgetlpsol", prob, true,
@@ -539,6 +552,7 @@ int KVSLgetmipsol(KVSLprob prob, double x[], double slack[]) {
       });
 }
 
+// Recorded only.
 int KVSLrange(KVSLprob prob) { return run_plain("KVSLrange", prob, [](args &, kvsl_prob *) {}); }
 
 int KVSLgetrowrange(KVSLprob prob, double upact[], double loact[], double uup[], double udn[]) {
@@ -582,6 +596,7 @@ int KVSLgetcolrange(KVSLprob prob, double upact[], double loact[], double uup[],
       });
 }
 
+// Solution files are recorded only: nothing is written or read.
 int KVSLwritesol(KVSLprob prob, const char *file, const char *flags) {
   return solution_file("KVSLwritesol", prob, file, flags);
 }
@@ -603,6 +618,7 @@ int KVSLreadslxsol(KVSLprob prob, const char *file, const char *flags) {
 
 // ---- Bases and infeasible subsystems ------------------------------------------
 
+// Statuses are scripted, sized by the last load.
 int KVSLgetbasis(KVSLprob prob, int rowstat[], int colstat[]) {
   return run(
       "KVSLgetbasis", prob, true,
@@ -617,6 +633,7 @@ int KVSLgetbasis(KVSLprob prob, int rowstat[], int colstat[]) {
       });
 }
 
+// Records nrows row and ncols column statuses of the last load.
 int KVSLloadbasis(KVSLprob prob, const int rowstat[], const int colstat[]) {
   return run_plain("KVSLloadbasis", prob, [&](args &a, kvsl_prob *p) {
     a.iv("rowstat", rowstat, rows_of(p));
@@ -624,6 +641,7 @@ int KVSLloadbasis(KVSLprob prob, const int rowstat[], const int colstat[]) {
   });
 }
 
+// *count is scripted (0 unscripted).
 int KVSLiisstatus(KVSLprob prob, int *count) {
   return run(
       "KVSLiisstatus", prob, true, [&](args &a, kvsl_prob *) { a.out("count", count); },
@@ -633,8 +651,10 @@ int KVSLiisstatus(KVSLprob prob, int *count) {
       });
 }
 
+// Recorded only.
 int KVSLiisall(KVSLprob prob) { return run_plain("KVSLiisall", prob, [](args &, kvsl_prob *) {}); }
 
+// *status is scripted.
 int KVSLiisfirst(KVSLprob prob, int mode, int *status) {
   return run(
       "KVSLiisfirst", prob, true,
@@ -648,7 +668,15 @@ int KVSLiisfirst(KVSLprob prob, int mode, int *status) {
       });
 }
 
-int KVSLiisnext(KVSLprob prob, int *status) { return iis_step("KVSLiisnext", prob, status); }
+// *status is scripted.
+int KVSLiisnext(KVSLprob prob, int *status) {
+  return run(
+      "KVSLiisnext", prob, true, [&](args &a, kvsl_prob *) { a.out("status", status); },
+      [&](call &, kvsl_prob *) {
+        fake::detail::put_out("KVSLiisnext", "status", status);
+        return 0;
+      });
+}
 
 // The arrays have the scripted sizes *nrows and *ncols.
 int KVSLgetiisdata(KVSLprob prob, int num, int *nrows, int *ncols, int rowind[], int colind[],
@@ -677,6 +705,7 @@ int KVSLgetiisdata(KVSLprob prob, int num, int *nrows, int *ncols, int rowind[],
 
 // ---- MIP solutions and cuts -----------------------------------------------------
 
+// Records the n values and columns.
 int KVSLaddmipsol(KVSLprob prob, int n, const double val[], const int col[], const char *name) {
   return run_plain("KVSLaddmipsol", prob, [&](args &a, kvsl_prob *) {
     a.i("n", n);
@@ -686,6 +715,7 @@ int KVSLaddmipsol(KVSLprob prob, int n, const double val[], const int col[], con
   });
 }
 
+// Records ncols values of the last load; *status is scripted.
 int KVSLloadmipsol(KVSLprob prob, const double x[], int *status) {
   return run(
       "KVSLloadmipsol", prob, true,
@@ -699,6 +729,7 @@ int KVSLloadmipsol(KVSLprob prob, const double x[], int *status) {
       });
 }
 
+// Records ncuts cuts and their start[ncuts] coefficients.
 int KVSLaddcuts(KVSLprob prob, int ncuts, const int cuttype[], const char rowtype[],
                 const double rhs[], const int64_t start[], const int col[], const double val[]) {
   return run_plain("KVSLaddcuts", prob, [&](args &a, kvsl_prob *) {

@@ -85,6 +85,9 @@ void set_dbl_attrib(int attrib, double value);
 // char outputs set_char_vector.  Scalar outputs through pointers (e.g.
 // KVSLiisstatus "count", KVSLgetcutlist "ncuts", KVSLiisfirst "status",
 // KVSLloadmipsol "status", KVSLgetiisdata "nrows") use set_int_out.
+// Cut handles are integers here: KVSLgetcutlist "cuts" is scripted with
+// set_int_vector (each handle is the pointer of that value) and the "cuts"
+// argument of KVSLgetcpcuts is recorded in iarr as those integers.
 void set_vector(const std::string &fn, const std::string &param, std::vector<double> values);
 void set_int_vector(const std::string &fn, const std::string &param, std::vector<int> values);
 void set_char_vector(const std::string &fn, const std::string &param, std::string values);

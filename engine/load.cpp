@@ -1,0 +1,486 @@
+/*
+ * load.cpp -- loading a matrix into the backend model, and the changes made
+ * to a loaded problem: objective, sense, bounds, limits, names, special
+ * rows and branching directives.
+ */
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include <ClpSimplex.hpp>
+#include <CoinPackedMatrix.hpp>
+
+#include "log.h"
+
+namespace {
+
+// Everything a load call may pass; the narrower loads leave parts empty.
+struct load_args {
+  const char *name;
+  int ncols, nrows;
+  const char *rowtype;
+  const double *rhs, *range, *obj;
+  const int64_t *colstart;
+  const int *colcount, *rowind;
+  const double *rowval, *lb, *ub;
+  int64_t nqobj = 0;
+  const int *qcol1 = nullptr, *qcol2 = nullptr;
+  const double *qval = nullptr;
+  int nglobal = 0, nsets = 0;
+  const char *enttype = nullptr;
+  const int *entcol = nullptr;
+  const double *entlimit = nullptr;
+  const char *settype = nullptr;
+  const int64_t *setstart = nullptr;
+  const int *setcol = nullptr;
+  const double *setref = nullptr;
+};
+
+// Start and end (exclusive) of column j's coefficients.
+int64_t col_begin(const load_args &a, int j) { return a.colstart[j]; }
+int64_t col_end(const load_args &a, int j) {
+  return a.colcount != nullptr ? a.colstart[j] + a.colcount[j] : a.colstart[j + 1];
+}
+
+// Check sizes, letters and indices of the arrays; 0 or a KVSL_ERR_* code.
+int check_args(const load_args &a) {
+  if (a.ncols < 0 || a.nrows < 0 || a.nqobj < 0 || a.nglobal < 0 || a.nsets < 0)
+    return KVSL_ERR_BADARG;
+  if (a.nrows > 0 && (a.rowtype == nullptr || a.rhs == nullptr)) return KVSL_ERR_BADARG;
+  if (a.ncols > 0 && a.colstart == nullptr) return KVSL_ERR_BADARG;
+  for (int i = 0; i < a.nrows; ++i) {
+    char t = a.rowtype[i];
+    if (std::strchr("NLGER", t) == nullptr || t == '\0') return KVSL_ERR_BADARG;
+    if (t == 'R' && (a.range == nullptr || a.range[i] < 0.0)) return KVSL_ERR_BADARG;
+  }
+  int64_t nnz = 0;
+  for (int j = 0; j < a.ncols; ++j) {
+    int64_t b = col_begin(a, j), e = col_end(a, j);
+    if (b < 0 || e < b) return KVSL_ERR_BADARG;
+    if (e > b && (a.rowind == nullptr || a.rowval == nullptr)) return KVSL_ERR_BADARG;
+    for (int64_t k = b; k < e; ++k)
+      if (a.rowind[k] < 0 || a.rowind[k] >= a.nrows) return KVSL_ERR_INDEX;
+    nnz += e - b;
+  }
+  // The backend indexes coefficients with 32-bit integers.
+  if (nnz > INT32_MAX) return KVSL_ERR_UNSUPPORTED;
+  if (a.nqobj > 0 && (a.qcol1 == nullptr || a.qcol2 == nullptr || a.qval == nullptr))
+    return KVSL_ERR_BADARG;
+  for (int64_t k = 0; k < a.nqobj; ++k)
+    if (a.qcol1[k] < 0 || a.qcol1[k] >= a.ncols || a.qcol2[k] < 0 || a.qcol2[k] >= a.ncols)
+      return KVSL_ERR_INDEX;
+  if (a.nglobal > 0 && (a.enttype == nullptr || a.entcol == nullptr)) return KVSL_ERR_BADARG;
+  for (int k = 0; k < a.nglobal; ++k) {
+    if (a.entcol[k] < 0 || a.entcol[k] >= a.ncols) return KVSL_ERR_INDEX;
+    if (std::strchr("BIPSR", a.enttype[k]) == nullptr || a.enttype[k] == '\0')
+      return KVSL_ERR_BADARG;
+  }
+  if (a.nsets > 0) {
+    if (a.settype == nullptr || a.setstart == nullptr) return KVSL_ERR_BADARG;
+    for (int s = 0; s < a.nsets; ++s) {
+      if (a.settype[s] != '1' && a.settype[s] != '2') return KVSL_ERR_BADARG;
+      if (a.setstart[s] < 0 || a.setstart[s + 1] < a.setstart[s]) return KVSL_ERR_BADARG;
+    }
+    if (a.setstart[a.nsets] > a.setstart[0] && (a.setcol == nullptr || a.setref == nullptr))
+      return KVSL_ERR_BADARG;
+    for (int64_t k = a.setstart[0]; k < a.setstart[a.nsets]; ++k)
+      if (a.setcol[k] < 0 || a.setcol[k] >= a.ncols) return KVSL_ERR_INDEX;
+  }
+  return 0;
+}
+
+// Backend activity bounds of row i from its type, rhs and range.
+void row_bounds(const load_args &a, int i, double &lo, double &up) {
+  double r = a.rhs[i];
+  switch (a.rowtype[i]) {
+    case 'L': lo = -COIN_DBL_MAX; up = kvsl::to_backend(r); break;
+    case 'G': lo = kvsl::to_backend(r); up = COIN_DBL_MAX; break;
+    case 'E': lo = up = r; break;
+    case 'R':
+      up = kvsl::to_backend(r);
+      lo = a.range[i] >= KVSL_INFINITY ? -COIN_DBL_MAX : kvsl::to_backend(r - a.range[i]);
+      break;
+    default: lo = -COIN_DBL_MAX; up = COIN_DBL_MAX; break;
+  }
+}
+
+// Upper triangle of the quadratic objective, column-wise, duplicates summed.
+CoinPackedMatrix quadratic_matrix(const load_args &a) {
+  std::vector<int> rows, cols;
+  std::vector<double> vals;
+  rows.reserve(a.nqobj);
+  cols.reserve(a.nqobj);
+  vals.reserve(a.nqobj);
+  for (int64_t k = 0; k < a.nqobj; ++k) {
+    if (a.qval[k] == 0.0) continue;
+    rows.push_back(std::min(a.qcol1[k], a.qcol2[k]));
+    cols.push_back(std::max(a.qcol1[k], a.qcol2[k]));
+    vals.push_back(a.qval[k]);
+  }
+  CoinPackedMatrix q(true, rows.data(), cols.data(), vals.data(),
+                     static_cast<CoinBigIndex>(vals.size()));
+  q.setDimensions(a.ncols, a.ncols);
+  return q;
+}
+
+// Build the backend model of a load; copies the arrays once.
+std::unique_ptr<ClpSimplex> build_model(kvsl_prob *prob, const load_args &a) {
+  auto m = std::make_unique<ClpSimplex>();
+  m->passInMessageHandler(prob->log.get());
+  int n = a.ncols;
+  std::vector<CoinBigIndex> start(n + 1, 0);
+  std::vector<int> length(n, 0);
+  for (int j = 0; j < n; ++j) {
+    start[j] = static_cast<CoinBigIndex>(col_begin(a, j));
+    length[j] = static_cast<int>(col_end(a, j) - col_begin(a, j));
+  }
+  if (n > 0) start[n] = static_cast<CoinBigIndex>(col_end(a, n - 1));
+  std::vector<double> lb(n), ub(n), rlo(a.nrows), rup(a.nrows);
+  for (int j = 0; j < n; ++j) {
+    lb[j] = a.lb != nullptr ? kvsl::to_backend(a.lb[j]) : 0.0;
+    ub[j] = a.ub != nullptr ? kvsl::to_backend(a.ub[j]) : COIN_DBL_MAX;
+  }
+  for (int k = 0; k < a.nglobal; ++k)
+    if (a.enttype[k] == 'B') {
+      int j = a.entcol[k];
+      lb[j] = std::max(lb[j], 0.0);
+      ub[j] = std::min(ub[j], 1.0);
+    }
+  for (int i = 0; i < a.nrows; ++i) row_bounds(a, i, rlo[i], rup[i]);
+  static const int no_index = 0;
+  static const double no_value = 0.0;
+  const int *ind = a.rowind != nullptr ? a.rowind : &no_index;
+  const double *val = a.rowval != nullptr ? a.rowval : &no_value;
+  m->loadProblem(n, a.nrows, start.data(), ind, val, length.data(), lb.data(), ub.data(),
+                 a.obj, rlo.data(), rup.data());
+  if (a.nqobj > 0) {
+    CoinPackedMatrix q = quadratic_matrix(a);
+    if (q.getNumElements() > 0) m->loadQuadraticObjective(q);
+  }
+  m->setOptimizationDirection(prob->sense);
+  return m;
+}
+
+// Replace everything the problem holds by the load's data.
+int load(kvsl_prob *prob, const load_args &a) {
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (int rc = check_args(a); rc != 0) return kvsl::fail(prob, rc);
+  try {
+    std::unique_ptr<ClpSimplex> m = build_model(prob, a);
+    prob->lp = std::move(m);
+    prob->loaded = true;
+    prob->ncols = a.ncols;
+    prob->modelname = a.name != nullptr ? a.name : "";
+    prob->rowtype.assign(a.rowtype, a.rowtype + a.nrows);
+    prob->rhs.assign(a.rhs, a.rhs + a.nrows);
+    prob->range.assign(a.nrows, 0.0);
+    for (int i = 0; i < a.nrows; ++i)
+      if (a.rowtype[i] == 'R') prob->range[i] = a.range[i];
+    prob->objconst = 0.0;
+    prob->has_quadratic = kvsl::quadratic_of(*prob->lp) != nullptr;
+    prob->entities.clear();
+    for (int k = 0; k < a.nglobal; ++k)
+      prob->entities.push_back({a.enttype[k], a.entcol[k],
+                                a.entlimit != nullptr ? a.entlimit[k] : 0.0});
+    prob->settype.assign(a.settype, a.settype + a.nsets);
+    prob->setstart.assign(a.setstart, a.setstart + (a.nsets > 0 ? a.nsets + 1 : 0));
+    prob->setcol.clear();
+    prob->setref.clear();
+    if (a.nsets > 0) {
+      prob->setcol.assign(a.setcol + a.setstart[0], a.setcol + a.setstart[a.nsets]);
+      prob->setref.assign(a.setref + a.setstart[0], a.setref + a.setstart[a.nsets]);
+      for (auto &s : prob->setstart) s -= a.setstart[0];
+    }
+    prob->rownames.assign(a.nrows, std::string());
+    prob->colnames.assign(a.ncols, std::string());
+    prob->setnames.assign(a.nsets, std::string());
+    prob->directives.clear();
+    prob->modelcuts.clear();
+    prob->delayedrows.clear();
+    prob->indicators.clear();
+    prob->iterations = 0;
+    prob->nodes = 0;
+    prob->best_bound = 0.0;
+    prob->solvetime = 0.0;
+    kvsl::drop_solutions(prob);
+  } catch (const std::bad_alloc &) {
+    return kvsl::fail(prob, KVSL_ERR_NOMEM);
+  } catch (...) {
+    return kvsl::fail(prob, KVSL_ERR_BACKEND);
+  }
+  return 0;
+}
+
+// Check a list of n row indices of the loaded problem.
+int check_rows(const kvsl_prob *prob, int n, const int row[]) {
+  if (!prob->loaded) return KVSL_ERR_NOTLOADED;
+  if (n < 0 || (n > 0 && row == nullptr)) return KVSL_ERR_BADARG;
+  for (int k = 0; k < n; ++k)
+    if (row[k] < 0 || row[k] >= static_cast<int>(prob->rowtype.size())) return KVSL_ERR_INDEX;
+  return 0;
+}
+
+// Check a list of n column indices of the loaded problem.
+int check_cols(const kvsl_prob *prob, int n, const int col[]) {
+  if (!prob->loaded) return KVSL_ERR_NOTLOADED;
+  if (n < 0 || (n > 0 && col == nullptr)) return KVSL_ERR_BADARG;
+  for (int k = 0; k < n; ++k)
+    if (col[k] < 0 || col[k] >= prob->ncols) return KVSL_ERR_INDEX;
+  return 0;
+}
+
+// Append rows to a list of special rows, keeping each row once.
+void add_unique(std::vector<int> &list, int n, const int row[]) {
+  for (int k = 0; k < n; ++k)
+    if (std::find(list.begin(), list.end(), row[k]) == list.end()) list.push_back(row[k]);
+}
+
+}  // namespace
+
+// Load a linear problem.
+KVSL_EXPORT int KVSLloadlp64(KVSLprob prob, const char *name, int ncols, int nrows,
+                             const char rowtype[], const double rhs[], const double range[],
+                             const double obj[], const int64_t colstart[], const int colcount[],
+                             const int rowind[], const double rowval[], const double lb[],
+                             const double ub[]) {
+  return load(prob, {name, ncols, nrows, rowtype, rhs, range, obj, colstart, colcount, rowind,
+                     rowval, lb, ub});
+}
+
+// Load a problem with a quadratic objective.
+KVSL_EXPORT int KVSLloadqp64(KVSLprob prob, const char *name, int ncols, int nrows,
+                             const char rowtype[], const double rhs[], const double range[],
+                             const double obj[], const int64_t colstart[], const int colcount[],
+                             const int rowind[], const double rowval[], const double lb[],
+                             const double ub[], int64_t nqobj, const int qobjcol1[],
+                             const int qobjcol2[], const double qobjval[]) {
+  load_args a{name, ncols, nrows, rowtype, rhs, range, obj, colstart, colcount, rowind,
+              rowval, lb, ub};
+  a.nqobj = nqobj;
+  a.qcol1 = qobjcol1;
+  a.qcol2 = qobjcol2;
+  a.qval = qobjval;
+  return load(prob, a);
+}
+
+// Load a problem with global entities and sets.
+KVSL_EXPORT int KVSLloadglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
+                                 const char rowtype[], const double rhs[], const double range[],
+                                 const double obj[], const int64_t colstart[],
+                                 const int colcount[], const int rowind[], const double rowval[],
+                                 const double lb[], const double ub[], int nglobal, int nsets,
+                                 const char enttype[], const int entcol[],
+                                 const double entlimit[], const char settype[],
+                                 const int64_t setstart[], const int setcol[],
+                                 const double setref[]) {
+  load_args a{name, ncols, nrows, rowtype, rhs, range, obj, colstart, colcount, rowind,
+              rowval, lb, ub};
+  a.nglobal = nglobal;
+  a.nsets = nsets;
+  a.enttype = enttype;
+  a.entcol = entcol;
+  a.entlimit = entlimit;
+  a.settype = settype;
+  a.setstart = setstart;
+  a.setcol = setcol;
+  a.setref = setref;
+  return load(prob, a);
+}
+
+// Load a problem with a quadratic objective, global entities and sets.
+KVSL_EXPORT int KVSLloadqglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
+                                  const char rowtype[], const double rhs[], const double range[],
+                                  const double obj[], const int64_t colstart[],
+                                  const int colcount[], const int rowind[], const double rowval[],
+                                  const double lb[], const double ub[], int64_t nqobj,
+                                  const int qobjcol1[], const int qobjcol2[],
+                                  const double qobjval[], int nglobal, int nsets,
+                                  const char enttype[], const int entcol[],
+                                  const double entlimit[], const char settype[],
+                                  const int64_t setstart[], const int setcol[],
+                                  const double setref[]) {
+  load_args a{name, ncols, nrows, rowtype, rhs, range, obj, colstart, colcount, rowind,
+              rowval, lb, ub};
+  a.nqobj = nqobj;
+  a.qcol1 = qobjcol1;
+  a.qcol2 = qobjcol2;
+  a.qval = qobjval;
+  a.nglobal = nglobal;
+  a.nsets = nsets;
+  a.enttype = enttype;
+  a.entcol = entcol;
+  a.entlimit = entlimit;
+  a.settype = settype;
+  a.setstart = setstart;
+  a.setcol = setcol;
+  a.setref = setref;
+  return load(prob, a);
+}
+
+// Quadratic rows are not available in this engine.
+KVSL_EXPORT int KVSLloadqcqp64(KVSLprob prob, const char *, int, int, const char *,
+                               const double *, const double *, const double *, const int64_t *,
+                               const int *, const int *, const double *, const double *,
+                               const double *, int64_t, const int *, const int *,
+                               const double *, int, const int *, const int64_t *, const int *,
+                               const int *, const double *) {
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
+}
+
+// Quadratic rows are not available in this engine.
+KVSL_EXPORT int KVSLloadqcqpglobal64(KVSLprob prob, const char *, int, int, const char *,
+                                     const double *, const double *, const double *,
+                                     const int64_t *, const int *, const int *, const double *,
+                                     const double *, const double *, int64_t, const int *,
+                                     const int *, const double *, int, const int *,
+                                     const int64_t *, const int *, const int *, const double *,
+                                     int, int, const char *, const int *, const double *,
+                                     const char *, const int64_t *, const int *,
+                                     const double *) {
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
+}
+
+// Change objective coefficients; column -1 is the constant k (objective c'x - k).
+KVSL_EXPORT int KVSLchgobj(KVSLprob prob, int n, const int col[], const double val[]) {
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (!prob->loaded) return kvsl::fail(prob, KVSL_ERR_NOTLOADED);
+  if (n < 0 || (n > 0 && (col == nullptr || val == nullptr))) return kvsl::fail(prob, KVSL_ERR_BADARG);
+  for (int k = 0; k < n; ++k)
+    if (col[k] < -1 || col[k] >= prob->ncols) return kvsl::fail(prob, KVSL_ERR_INDEX);
+  for (int k = 0; k < n; ++k) {
+    if (col[k] == -1)
+      prob->objconst = val[k];
+    else
+      prob->lp->setObjectiveCoefficient(col[k], val[k]);
+  }
+  if (n > 0) kvsl::drop_solutions(prob);
+  return 0;
+}
+
+// Set the objective sense (1 minimise, -1 maximise); allowed without a matrix.
+KVSL_EXPORT int KVSLchgobjsense(KVSLprob prob, int sense) {
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (sense != 1 && sense != -1) return kvsl::fail(prob, KVSL_ERR_BADARG);
+  if (sense == prob->sense) return 0;
+  prob->sense = sense;
+  if (prob->loaded) {
+    prob->lp->setOptimizationDirection(sense);
+    kvsl::drop_solutions(prob);
+  }
+  return 0;
+}
+
+// Change bounds 'L', 'U' or 'B' of columns; +-1e20 is infinite.
+KVSL_EXPORT int KVSLchgbounds(KVSLprob prob, int n, const int col[], const char bndtype[],
+                              const double val[]) {
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (int rc = check_cols(prob, n, col); rc != 0) return kvsl::fail(prob, rc);
+  if (n > 0 && (bndtype == nullptr || val == nullptr)) return kvsl::fail(prob, KVSL_ERR_BADARG);
+  for (int k = 0; k < n; ++k)
+    if (bndtype[k] != 'L' && bndtype[k] != 'U' && bndtype[k] != 'B')
+      return kvsl::fail(prob, KVSL_ERR_BADARG);
+  for (int k = 0; k < n; ++k) {
+    double v = kvsl::to_backend(val[k]);
+    if (bndtype[k] != 'U') prob->lp->setColumnLower(col[k], v);
+    if (bndtype[k] != 'L') prob->lp->setColumnUpper(col[k], v);
+  }
+  if (n > 0) kvsl::drop_solutions(prob);
+  return 0;
+}
+
+// Change the limits of partial integer and semi-continuous entities.
+KVSL_EXPORT int KVSLchgglblimit(KVSLprob prob, int n, const int col[], const double limit[]) {
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (int rc = check_cols(prob, n, col); rc != 0) return kvsl::fail(prob, rc);
+  if (n > 0 && limit == nullptr) return kvsl::fail(prob, KVSL_ERR_BADARG);
+  std::vector<kvsl::entity *> found(n, nullptr);
+  for (int k = 0; k < n; ++k) {
+    for (auto &e : prob->entities)
+      if (e.col == col[k] && (e.type == 'P' || e.type == 'S' || e.type == 'R')) found[k] = &e;
+    if (found[k] == nullptr) return kvsl::fail(prob, KVSL_ERR_BADARG);
+  }
+  for (int k = 0; k < n; ++k) found[k]->limit = limit[k];
+  if (n > 0) kvsl::drop_solutions(prob);
+  return 0;
+}
+
+// Mark rows as model cuts.  They stay ordinary rows of the matrix: a model
+// cut is a valid inequality, so enforcing it from the start is exact.
+KVSL_EXPORT int KVSLloadmodelcuts(KVSLprob prob, int n, const int row[]) {
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (int rc = check_rows(prob, n, row); rc != 0) return kvsl::fail(prob, rc);
+  add_unique(prob->modelcuts, n, row);
+  return 0;
+}
+
+// Mark rows as delayed.  They stay ordinary rows of the matrix, so no
+// reported solution ever violates them.
+KVSL_EXPORT int KVSLloaddelayedrows(KVSLprob prob, int n, const int row[]) {
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (int rc = check_rows(prob, n, row); rc != 0) return kvsl::fail(prob, rc);
+  add_unique(prob->delayedrows, n, row);
+  return 0;
+}
+
+// Make rows indicator rows of binary columns (flag 0: a plain row again).
+KVSL_EXPORT int KVSLsetindicators(KVSLprob prob, int n, const int row[], const int col[],
+                                  const int flag[]) {
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (int rc = check_rows(prob, n, row); rc != 0) return kvsl::fail(prob, rc);
+  if (int rc = check_cols(prob, n, col); rc != 0) return kvsl::fail(prob, rc);
+  if (n > 0 && flag == nullptr) return kvsl::fail(prob, KVSL_ERR_BADARG);
+  for (int k = 0; k < n; ++k)
+    if (flag[k] < -1 || flag[k] > 1) return kvsl::fail(prob, KVSL_ERR_BADARG);
+  for (int k = 0; k < n; ++k) {
+    auto &ind = prob->indicators;
+    ind.erase(std::remove_if(ind.begin(), ind.end(),
+                             [&](const kvsl::indicator &i) { return i.row == row[k]; }),
+              ind.end());
+    if (flag[k] != 0) ind.push_back({row[k], col[k], flag[k]});
+  }
+  if (n > 0) kvsl::drop_solutions(prob);
+  return 0;
+}
+
+// Names of rows (1), columns (2) or sets (3) first..last, zero-separated.
+KVSL_EXPORT int KVSLaddnames(KVSLprob prob, int type, const char names[], int first, int last) {
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (!prob->loaded) return kvsl::fail(prob, KVSL_ERR_NOTLOADED);
+  std::vector<std::string> *list = type == 1   ? &prob->rownames
+                                   : type == 2 ? &prob->colnames
+                                   : type == 3 ? &prob->setnames
+                                               : nullptr;
+  if (list == nullptr || names == nullptr || first < 0 || last < first - 1)
+    return kvsl::fail(prob, KVSL_ERR_BADARG);
+  if (last >= static_cast<int>(list->size())) return kvsl::fail(prob, KVSL_ERR_INDEX);
+  const char *p = names;
+  for (int k = first; k <= last; ++k) {
+    (*list)[k] = p;
+    p += std::strlen(p) + 1;
+  }
+  return 0;
+}
+
+// Load branching directives, replacing earlier ones.
+KVSL_EXPORT int KVSLloaddirs(KVSLprob prob, int n, const int obj[], const int prio[],
+                             const char dir[], const double up[], const double down[]) {
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (!prob->loaded) return kvsl::fail(prob, KVSL_ERR_NOTLOADED);
+  if (n < 0 || (n > 0 && obj == nullptr)) return kvsl::fail(prob, KVSL_ERR_BADARG);
+  int nsets = static_cast<int>(prob->settype.size());
+  for (int k = 0; k < n; ++k) {
+    if (obj[k] >= prob->ncols || obj[k] < -nsets) return kvsl::fail(prob, KVSL_ERR_INDEX);
+    if (dir != nullptr && dir[k] != 'U' && dir[k] != 'D' && dir[k] != 'N')
+      return kvsl::fail(prob, KVSL_ERR_BADARG);
+    if (prio != nullptr && (prio[k] < 0 || prio[k] > 1000)) return kvsl::fail(prob, KVSL_ERR_BADARG);
+  }
+  double pc = kvsl::dblcontrol(prob, KVSL_CTRL_PSEUDOCOST);
+  prob->directives.clear();
+  for (int k = 0; k < n; ++k)
+    prob->directives.push_back({obj[k], prio != nullptr ? prio[k] : 500,
+                                dir != nullptr ? dir[k] : 'N', up != nullptr ? up[k] : pc,
+                                down != nullptr ? down[k] : pc});
+  return 0;
+}

@@ -1,0 +1,124 @@
+/*
+ * lp.cpp -- LP and convex QP optimisation of the loaded problem with Clp:
+ * algorithm choice from the option letters, controls, status and results.
+ */
+#include <chrono>
+#include <cmath>
+
+#include <ClpSimplex.hpp>
+#include <ClpSolve.hpp>
+
+#include "log.h"
+
+namespace kvsl {
+
+namespace {
+
+// Clp solve options from the option letters and controls.
+ClpSolve solve_options(const kvsl_prob *prob, const char *flags, bool presolve) {
+  ClpSolve opts;
+  if (has_flag(flags, 'b'))
+    opts.setSolveType(ClpSolve::useBarrier);
+  else if (has_flag(flags, 'p') || has_flag(flags, 'n') || prob->has_quadratic)
+    opts.setSolveType(ClpSolve::usePrimal);
+  else
+    opts.setSolveType(ClpSolve::useDual);
+  opts.setPresolveType(presolve ? ClpSolve::presolveOn : ClpSolve::presolveOff);
+  return opts;
+}
+
+// Apply tolerances, limits and logging of the problem's controls to Clp.
+void apply_controls(kvsl_prob *prob, ClpSimplex &m, const char *flags) {
+  m.setPrimalTolerance(dblcontrol(prob, KVSL_CTRL_FEASTOL));
+  m.setDualTolerance(dblcontrol(prob, KVSL_CTRL_OPTIMALITYTOL));
+  double t = dblcontrol(prob, KVSL_CTRL_TIMELIMIT);
+  m.setMaximumSeconds(t > 0.0 ? t : -1.0);
+  m.scaling(intcontrol(prob, KVSL_CTRL_SCALING) != 0 ? 3 : 0);
+  prepare_lp_log(prob);
+  // The barrier's factorisation writes to standard output at any log level
+  // above 0, so it runs silent; the engine reports its result itself.
+  if (has_flag(flags, 'b')) prob->log->setLogLevel(0);
+  iteration_log events(prob, intcontrol(prob, KVSL_CTRL_LPLOG));
+  m.passInEventHandler(&events);  // the model keeps a clone
+}
+
+// LP status code of Clp's final state.
+int lp_status_of(const ClpSimplex &m) {
+  switch (m.status()) {
+    case 0: return KVSL_LP_OPTIMAL;
+    case 1: return m.secondaryStatus() == 1 ? KVSL_LP_CUTOFF_IN_DUAL : KVSL_LP_INFEAS;
+    case 2: return KVSL_LP_UNBOUNDED;
+    case 3: case 5: return KVSL_LP_UNFINISHED;
+    default: return KVSL_LP_UNSOLVED;
+  }
+}
+
+// Copy the backend solution into the problem's LP results.
+void take_solution(kvsl_prob *prob, const ClpSimplex &m) {
+  int n = m.numberColumns(), r = m.numberRows();
+  const double *x = m.primalColumnSolution();
+  const double *act = m.primalRowSolution();
+  prob->lp_x.assign(x, x + n);
+  prob->lp_dj.assign(m.dualColumnSolution(), m.dualColumnSolution() + n);
+  prob->lp_dual.assign(m.dualRowSolution(), m.dualRowSolution() + r);
+  prob->lp_slack.resize(r);
+  for (int i = 0; i < r; ++i) prob->lp_slack[i] = prob->rhs[i] - act[i];
+  prob->lp_obj = objective_of(prob, x);
+}
+
+// The MIP status that an LP result gives.
+int mip_status_after_lp(int lpstatus) {
+  if (lpstatus == KVSL_LP_OPTIMAL) return KVSL_MIP_LP_OPTIMAL;
+  if (lpstatus == KVSL_LP_UNBOUNDED) return KVSL_MIP_UNBOUNDED;
+  return KVSL_MIP_LP_NOT_OPTIMAL;
+}
+
+}  // namespace
+
+int solve_lp(kvsl_prob *prob, const char *flags) {
+  auto t0 = std::chrono::steady_clock::now();
+  drop_solutions(prob);
+  prob->iterations = 0;
+  prob->nodes = 0;
+  if (!quadratic_is_convex(prob)) {
+    prob->lpstatus = KVSL_LP_NONCONVEX;
+    prob->mipstatus = KVSL_MIP_LP_NOT_OPTIMAL;
+    message(prob, 4, "The quadratic objective is not convex; the problem is not solved.");
+    return 0;
+  }
+  ClpSimplex &m = *prob->lp;
+  try {
+    apply_controls(prob, m, flags);
+    bool presolve = intcontrol(prob, KVSL_CTRL_PRESOLVE) != 0;
+    ClpSolve opts = solve_options(prob, flags, presolve);
+    m.initialSolve(opts);
+    prob->iterations = m.numberIterations();
+    // Presolve may stop at "infeasible or unbounded"; the plain simplex
+    // tells the two apart.
+    if (presolve && (m.status() == 1 || m.status() == 2) && m.secondaryStatus() != 1) {
+      ClpSolve plain = solve_options(prob, flags, false);
+      m.initialSolve(plain);
+      prob->iterations += m.numberIterations();
+    }
+  } catch (...) {
+    prob->lpstatus = KVSL_LP_UNSOLVED;
+    return fail(prob, KVSL_ERR_BACKEND);
+  }
+  prob->lpstatus = lp_status_of(m);
+  if (prob->lpstatus == KVSL_LP_OPTIMAL) {
+    take_solution(prob, m);
+    double cutoff = dblcontrol(prob, KVSL_CTRL_CUTOFF);
+    if (std::fabs(cutoff) < 1e39 && prob->sense * (prob->lp_obj - cutoff) > 0.0)
+      prob->lpstatus = KVSL_LP_CUTOFF;
+    else
+      prob->lp_held = true;
+  }
+  prob->mipstatus = mip_status_after_lp(prob->lpstatus);
+  if (has_flag(flags, 'b') && intcontrol(prob, KVSL_CTRL_BARRIERLOG) != 0)
+    messagef(prob, 1, "Barrier with crossover: LP status %d, objective %.10g, %d simplex iterations",
+             prob->lpstatus, prob->lp_held ? prob->lp_obj : 0.0, prob->iterations);
+  prob->solvetime = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+  return 0;
+}
+
+}  // namespace kvsl

@@ -1,0 +1,98 @@
+/*
+ * engine_test.h -- shared fixture of the engine tests: a started engine, a
+ * fresh problem, and a loader of small dense models.
+ */
+#ifndef KVSL_ENGINE_TEST_H
+#define KVSL_ENGINE_TEST_H
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "kvsl.h"
+
+// A small model stated densely, loaded column-wise.
+struct dense_model {
+  std::string rowtype;
+  std::vector<double> rhs, range, obj, lb, ub;
+  std::vector<std::vector<double>> a;  // a[row][col]
+
+  int nrows() const { return static_cast<int>(rowtype.size()); }
+  int ncols() const { return static_cast<int>(obj.size()); }
+};
+
+// Column-wise arrays of a dense model.
+struct column_arrays {
+  std::vector<int64_t> start;
+  std::vector<int> ind;
+  std::vector<double> val;
+
+  explicit column_arrays(const dense_model &m) {
+    for (int j = 0; j < m.ncols(); ++j) {
+      start.push_back(static_cast<int64_t>(ind.size()));
+      for (int i = 0; i < m.nrows(); ++i)
+        if (m.a[i][j] != 0.0) {
+          ind.push_back(i);
+          val.push_back(m.a[i][j]);
+        }
+    }
+    start.push_back(static_cast<int64_t>(ind.size()));
+  }
+};
+
+// Load a dense model as an LP.
+inline int load_lp(KVSLprob p, const dense_model &m) {
+  column_arrays c(m);
+  return KVSLloadlp64(p, "test", m.ncols(), m.nrows(), m.rowtype.data(), m.rhs.data(),
+                      m.range.empty() ? nullptr : m.range.data(), m.obj.data(), c.start.data(),
+                      nullptr, c.ind.data(), c.val.data(), m.lb.empty() ? nullptr : m.lb.data(),
+                      m.ub.empty() ? nullptr : m.ub.data());
+}
+
+// Load a dense model with global entities (types and columns).
+inline int load_global(KVSLprob p, const dense_model &m, const std::string &types,
+                       const std::vector<int> &cols, const std::vector<double> &limits = {}) {
+  column_arrays c(m);
+  return KVSLloadglobal64(p, "test", m.ncols(), m.nrows(), m.rowtype.data(), m.rhs.data(),
+                          m.range.empty() ? nullptr : m.range.data(), m.obj.data(),
+                          c.start.data(), nullptr, c.ind.data(), c.val.data(),
+                          m.lb.empty() ? nullptr : m.lb.data(),
+                          m.ub.empty() ? nullptr : m.ub.data(), static_cast<int>(cols.size()), 0,
+                          types.data(), cols.data(), limits.empty() ? nullptr : limits.data(),
+                          nullptr, nullptr, nullptr, nullptr);
+}
+
+inline int int_attr(KVSLprob p, int attr) {
+  int v = -12345;
+  EXPECT_EQ(KVSLgetintattrib(p, attr, &v), 0);
+  return v;
+}
+
+inline double dbl_attr(KVSLprob p, int attr) {
+  double v = -12345.0;
+  EXPECT_EQ(KVSLgetdblattrib(p, attr, &v), 0);
+  return v;
+}
+
+// A started engine with one fresh problem, silent unless a test listens.
+class EngineTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(KVSLinit(nullptr), 0);
+    ASSERT_EQ(KVSLcreateprob(&p), 0);
+  }
+  void TearDown() override {
+    EXPECT_EQ(KVSLdestroyprob(p), 0);
+    EXPECT_EQ(KVSLfree(), 0);
+  }
+  std::vector<double> lpsol() {
+    std::vector<double> x(int_attr(p, KVSL_ATTR_COLS));
+    EXPECT_EQ(KVSLgetlpsol(p, x.data(), nullptr, nullptr, nullptr), 0);
+    return x;
+  }
+  KVSLprob p = nullptr;
+};
+
+#endif
