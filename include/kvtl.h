@@ -382,11 +382,80 @@ KVTL_API int mdlcleardir_prob(MDLprob prob);
 
 /* ---- Matrix generation ---------------------------------------------------- */
 
+/* Generate the matrix from the model and load it into the engine problem
+ * when the model changed since the last load (else only pending branching
+ * directives are sent).  0 on success, 1 on failure. */
+KVTL_API int mdlloadmat_prob(MDLprob prob);
+/* Sort a column map by variable name (bytes compared as unsigned), move the
+ * per-column counts along and renumber the variables' columns.  0 on
+ * success, 1 when out of memory. */
+KVTL_API int mdlreordercols(MDLvar *colvars, int *counts, int ncols);
+
 /* ---- Optimisation and status ---------------------------------------------- */
+
+/* Optimisation calls: load the matrix when needed, run the engine and take
+ * over its solution state.  Option letters are passed to the engine; the
+ * accepted ones (case-insensitive) are b c d n p (lpoptimize), b c d l n p
+ * (mipoptimize) and b d g l n p (minim, maxim, solve); c skips the postsolve
+ * of an unchanged model.  0 on success, 1 on failure. */
+KVTL_API int mdllpoptimize_prob(MDLprob prob, const char *options);
+KVTL_API int mdlmipoptimize_prob(MDLprob prob, const char *options);
+/* Store the sense (minimise / maximise), then optimise. */
+KVTL_API int mdlminim_prob(MDLprob prob, const char *options);
+KVTL_API int mdlmaxim_prob(MDLprob prob, const char *options);
+/* Optimise in the problem's stored sense. */
+KVTL_API int mdlsolve_prob(MDLprob prob, const char *options);
+/* Synchronise with the engine: mode 1 take over its LP solution, mode 3 its
+ * MIP solution, mode 2 mark the model modified (full reload next time). */
+KVTL_API int mdlsync_prob(MDLprob prob, int mode);
+/* Fix the global entities at their MIP solution values (rounded when
+ * `round` is non-zero); the solution is then no longer available. */
+KVTL_API int mdlfixglobals_prob(MDLprob prob, int round);
+/* Engine LP / MIP status codes (0 on failure); at message level 4 and above
+ * the status text is printed. */
+KVTL_API int mdlgetlpstat_prob(MDLprob prob);
+KVTL_API int mdlgetmipstat_prob(MDLprob prob);
 
 /* ---- Solution values, ranging and solution files -------------------------- */
 
+/* Values of the current solution; 0 when they cannot be given (a warning or
+ * error says why).  A variable without a column answers the value nearest to
+ * 0 that its bounds allow; a constraint without a row answers 0. */
+KVTL_API double mdlgetsol(MDLvar var);
+KVTL_API double mdlgetrcost(MDLvar var);
+KVTL_API double mdlgetslack(MDLctr ctr);
+/* Activity: the value of the constraint's terms, without its constant. */
+KVTL_API double mdlgetact(MDLctr ctr);
+KVTL_API double mdlgetdual(MDLctr ctr);
+KVTL_API double mdlgetobjval_prob(MDLprob prob);
+
+/* Ranging codes of mdlgetvarrng (0..5) and mdlgetctrrng (0..3). */
+enum {
+  MDL_RNG_UPACT = 0,  /* upper end of the value (activity) range */
+  MDL_RNG_LOACT = 1,  /* lower end of the value (activity) range */
+  MDL_RNG_UUP = 2,    /* objective change per unit up */
+  MDL_RNG_UDN = 3,    /* objective change per unit down */
+  MDL_RNG_UCOST = 4,  /* upper end of the cost range (variables only) */
+  MDL_RNG_LCOST = 5   /* lower end of the cost range (variables only) */
+};
+/* Ranging of the current LP solution, computed once per solution. */
+KVTL_API double mdlgetvarrng(MDLvar var, int code);
+KVTL_API double mdlgetctrrng(MDLctr ctr, int code);
+
+/* Solution files written and read by the engine (flags may be null).  A
+ * read solution becomes the current solution. */
+KVTL_API int mdlwritesol_prob(MDLprob prob, const char *file, const char *flags);
+KVTL_API int mdlwriteprtsol_prob(MDLprob prob, const char *file, const char *flags);
+KVTL_API int mdlwriteslxsol_prob(MDLprob prob, const char *file, const char *flags);
+KVTL_API int mdlwritebinsol_prob(MDLprob prob, const char *file, const char *flags);
+KVTL_API int mdlreadbinsol_prob(MDLprob prob, const char *file, const char *flags);
+KVTL_API int mdlreadslxsol_prob(MDLprob prob, const char *file, const char *flags);
+
 /* ---- Engine access -------------------------------------------------------- */
+
+/* The engine problem of a problem, for setting engine controls (time limit,
+ * gaps, threads ...) the library does not set itself; null for no problem. */
+KVTL_API MDLkvslprob mdlgetkvslprob_prob(MDLprob prob);
 
 /* ---- Message table positions (second argument of mdlerror) --------------- */
 enum {
