@@ -7,7 +7,7 @@
 
 #include <string>
 
-#include "solver/model_builder.h"
+#include "solver/fixture.h"
 
 using builder::ctr;
 using builder::qterm;
