@@ -16,6 +16,26 @@
  *   inside each optimisation and is undone before it returns, so the
  *   presolve flags 2 and 4 of attribute 1026 are never set and
  *   KVSLpostsolve has nothing to do.
+ * - Option letters: d dual simplex (default), p and n primal simplex, b
+ *   barrier with crossover; a quadratic objective is solved by Clp's primal
+ *   (or with b its barrier).  The simplex always starts from the basis the
+ *   problem holds (the last solve's or a loaded one), so c changes nothing.
+ * - The global search handles binary and integer columns.  Sets, semi-
+ *   continuous and partial integer entities, indicator rows and a quadratic
+ *   objective with entities are kept but not searched: the search fails
+ *   with KVSL_ERR_UNSUPPORTED (their LP relaxation can still be solved).
+ *   Model cuts and delayed rows stay ordinary rows (exact: a model cut is
+ *   valid, a delayed row is then never violated).  Directives give Cbc
+ *   priorities and preferred directions; pseudo costs are kept only.
+ * - Controls accepted without effect on Clp/Cbc: 8006 (crash) and 8078
+ *   (dual reductions).  8028 levels 2 and up make the search log every
+ *   node instead of every hundred; Cbc's own detail levels above 1 are not
+ *   used because its sub-searches would print them to standard output.
+ *   8047 makes the engine report the barrier's result in one line (the
+ *   barrier itself runs silent for the same reason).
+ * - After a solve the MIP status of a problem without a search is 2 (LP
+ *   optimal), 7 (relaxation unbounded) or 1; KVSLmipoptimize on a problem
+ *   without entities reports its LP optimum as the MIP solution (status 6).
  */
 #ifndef KVSL_ENGINE_H
 #define KVSL_ENGINE_H

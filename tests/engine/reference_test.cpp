@@ -68,24 +68,18 @@ mps_model read_mps(const std::string &path) {
     m.range.push_back(sense[i] == 'R' ? mps.getRowRange()[i] : 0.0);
   }
   const CoinPackedMatrix *a = mps.getMatrixByCol();
-  // Keep CoinMpsIO's column layout (starts and counts, possibly with gaps)
-  // and move the coefficients of free rows out of each column's count.
+  // Columns with their counts (the engine's colcount form), leaving out the
+  // coefficients of free rows.
   const CoinBigIndex *st = a->getVectorStarts();
   const int *len = a->getVectorLengths();
-  m.ind.assign(a->getIndices(), a->getIndices() + a->getNumElements() + 1);
-  m.val.assign(a->getElements(), a->getElements() + a->getNumElements() + 1);
-  m.ind.resize(st[m.ncols > 0 ? m.ncols : 0] + 1);
-  m.val.resize(m.ind.size());
   for (int j = 0; j < m.ncols; ++j) {
-    int n = 0;
+    m.start.push_back(static_cast<int64_t>(m.ind.size()));
     for (CoinBigIndex k = st[j]; k < st[j] + len[j]; ++k)
       if (newrow[a->getIndices()[k]] >= 0) {
-        m.ind[st[j] + n] = newrow[a->getIndices()[k]];
-        m.val[st[j] + n] = a->getElements()[k];
-        ++n;
+        m.ind.push_back(newrow[a->getIndices()[k]]);
+        m.val.push_back(a->getElements()[k]);
       }
-    m.start.push_back(st[j]);
-    m.count.push_back(n);
+    m.count.push_back(static_cast<int>(m.ind.size() - m.start.back()));
   }
   m.obj.assign(mps.getObjCoefficients(), mps.getObjCoefficients() + m.ncols);
   for (int j = 0; j < m.ncols; ++j) {
