@@ -3,7 +3,7 @@
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 
-.PHONY: all deps build demo test test-asan test-tsan bench clean
+.PHONY: all deps build demo test test-slow test-asan test-tsan bench clean
 
 all: build
 
@@ -15,16 +15,20 @@ build: deps
 	cmake --build build -j $(JOBS)
 
 demo: build
-	./build/examples/$(or $(DEMO),version)
+	./build/examples/$(or $(DEMO),transport)
 
+# Models whose search takes minutes carry the CTest label "slow": make test-slow.
 test: build
-	cd build && ctest --output-on-failure -j $(JOBS)
+	cd build && ctest --output-on-failure -j $(JOBS) -LE slow
+
+test-slow: build
+	cd build && ctest --output-on-failure -L slow
 
 test-asan: deps
 	cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DKVTL_SANITIZE=ON $(CMAKE_FLAGS) >/dev/null
 	cmake --build build-asan -j $(JOBS)
 	cd build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
-	  ctest --output-on-failure -j $(JOBS)
+	  ctest --output-on-failure -j $(JOBS) -LE slow
 
 test-tsan: deps
 	cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=Debug -DKVTL_TSAN=ON $(CMAKE_FLAGS) >/dev/null
