@@ -127,6 +127,13 @@ void reset_defaults() {
   defaults.initialised = 0;
 }
 
+bool library_initialised() {
+  pthread_mutex_lock(&settings_mutex);
+  bool up = defaults.initialised != 0;
+  pthread_mutex_unlock(&settings_mutex);
+  return up;
+}
+
 thread_context *context() {
   // A thread context may be asked for before start-up (mdlgetprob on a
   // fresh process): the key is then created on demand.

@@ -46,6 +46,9 @@ struct thread_context {
 
 thread_context *context();
 
+// Whether start-up has happened (read under the settings mutex).
+bool library_initialised();
+
 // Copy the global defaults a new problem takes (caller holds settings_mutex).
 void reset_defaults();
 

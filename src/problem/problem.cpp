@@ -116,13 +116,6 @@ void drop_model_references(MDLprob prob) {
   prob->idxdict = nullptr;
 }
 
-// Whether start-up has happened (read under the settings mutex).
-bool library_initialised() {
-  pthread_mutex_lock(&settings_mutex);
-  bool up = defaults.initialised != 0;
-  pthread_mutex_unlock(&settings_mutex);
-  return up;
-}
 
 // The problem mutex reports a second lock by its owner instead of
 // deadlocking, so a nested bracket in one thread can be diagnosed.

@@ -686,13 +686,6 @@ int finish_load(MDLprob prob) {
   return engine_failed(prob, "loadmat", "chgobjsense", KVSLchgobjsense(prob->kvsl, sense)) ? 1 : 0;
 }
 
-bool library_started() {
-  pthread_mutex_lock(&settings_mutex);
-  bool started = defaults.initialised != 0;
-  pthread_mutex_unlock(&settings_mutex);
-  return started;
-}
-
 }  // namespace
 }  // namespace kvtl
 
@@ -705,7 +698,7 @@ KVTL_API int mdlloadmat_prob(MDLprob prob) {
     mdlerror(nullptr, MDL_E_NOPROB, "loadmat");
     return 1;
   }
-  if (!library_started() && mdlslinit() != 0) return 1;
+  if (!library_initialised() && mdlslinit() != 0) return 1;
   const uint32_t full = MDL_ST_MODIFIED | MDL_ST_REGEN;
   if ((prob->status & full) != 0 || (prob->status & MDL_ST_LOADED) == 0) {
     generator gen(prob);
