@@ -154,6 +154,27 @@ TEST_F(PublicMipQp, InfeasibleMip) {
   EXPECT_EQ(errors.last().number, 1520);
 }
 
+// The objective constant counts in MIP and relaxation values alike.
+//   max a + b + 10 (the constant term -10 on the right-hand side),
+//   a + 2b <= 5, a, b integer in [0, 4]: a = 4, b = 0 (or 3, 1): 14;
+//   relaxation a = 4, b = 1/2: 14.5.
+TEST_F(PublicMipQp, ObjectiveConstantInMipAndRelaxation) {
+  MDLvar a = mdlnewvar_prob(prob, "a", MDL_INTEGER, 0, 4);
+  MDLvar b = mdlnewvar_prob(prob, "b", MDL_INTEGER, 0, 4);
+  row(prob, "cap", MDL_LEQ, {{a, 1}, {b, 2}}, 5);
+  MDLctr cost = objective(prob, {{a, 1}, {b, 1}});
+  ASSERT_EQ(mdladdterm(cost, nullptr, -10), 0);
+  ASSERT_EQ(mdlmaxim_prob(prob, "g"), 0);
+  EXPECT_EQ(mdlgetmipstat_prob(prob), mip_optimal);
+  EXPECT_NEAR(mdlgetobjval_prob(prob), 14.0, tol);
+  EXPECT_NEAR(mdlgetsol(a) + mdlgetsol(b), 4.0, tol);
+  ASSERT_EQ(mdlmaxim_prob(prob, ""), 0);
+  EXPECT_EQ(mdlgetlpstat_prob(prob), lp_optimal);
+  EXPECT_NEAR(mdlgetobjval_prob(prob), 14.5, tol);
+  EXPECT_NEAR(mdlgetsol(b), 0.5, tol);
+  EXPECT_TRUE(errors.empty());
+}
+
 // mdlsync_prob mode 3 takes the MIP solution over again.
 TEST_F(PublicMipQp, SyncMipSolution) {
   MDLvar a = mdlnewvar_prob(prob, "a", MDL_INTEGER, 0, 10);
