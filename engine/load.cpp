@@ -365,10 +365,9 @@ KVSL_EXPORT int KVSLchgobjsense(KVSLprob prob, int sense) {
   if (sense != 1 && sense != -1) return kvsl::fail(prob, KVSL_ERR_BADARG);
   if (sense == prob->sense) return 0;
   prob->sense = sense;
-  if (prob->loaded) {
-    prob->lp->setOptimizationDirection(sense);
-    kvsl::drop_solutions(prob);
-  }
+  // The solution held stays readable until the next optimisation: it is
+  // the answer to the problem as it was solved.
+  if (prob->loaded) prob->lp->setOptimizationDirection(sense);
   return 0;
 }
 
@@ -386,8 +385,7 @@ KVSL_EXPORT int KVSLchgbounds(KVSLprob prob, int n, const int col[], const char 
     if (bndtype[k] != 'U') prob->lp->setColumnLower(col[k], v);
     if (bndtype[k] != 'L') prob->lp->setColumnUpper(col[k], v);
   }
-  if (n > 0) kvsl::drop_solutions(prob);
-  return 0;
+  return 0;   // the solution held stays readable until the next optimisation
 }
 
 // Change the limits of partial integer and semi-continuous entities.
@@ -402,8 +400,7 @@ KVSL_EXPORT int KVSLchgglblimit(KVSLprob prob, int n, const int col[], const dou
     if (found[k] == nullptr) return kvsl::fail(prob, KVSL_ERR_BADARG);
   }
   for (int k = 0; k < n; ++k) found[k]->limit = limit[k];
-  if (n > 0) kvsl::drop_solutions(prob);
-  return 0;
+  return 0;   // the solution held stays readable until the next optimisation
 }
 
 // Mark rows as model cuts.  They stay ordinary rows of the matrix: a model

@@ -14,10 +14,16 @@ namespace kvsl {
 
 namespace {
 
+// The barrier runs when asked for, and for a quadratic objective without
+// rows, on which Clp's primal simplex can stall at a non-optimal point.
+bool use_barrier(const kvsl_prob *prob, const char *flags) {
+  return has_flag(flags, 'b') || (prob->has_quadratic && prob->lp->numberRows() == 0);
+}
+
 // Clp solve options from the option letters and controls.
 ClpSolve solve_options(const kvsl_prob *prob, const char *flags, bool presolve) {
   ClpSolve opts;
-  if (has_flag(flags, 'b'))
+  if (use_barrier(prob, flags))
     opts.setSolveType(ClpSolve::useBarrier);
   else if (has_flag(flags, 'p') || has_flag(flags, 'n') || prob->has_quadratic)
     opts.setSolveType(ClpSolve::usePrimal);
@@ -37,7 +43,7 @@ void apply_controls(kvsl_prob *prob, ClpSimplex &m, const char *flags) {
   prepare_lp_log(prob);
   // The barrier's factorisation writes to standard output at any log level
   // above 0, so it runs silent; the engine reports its result itself.
-  if (has_flag(flags, 'b')) prob->log->setLogLevel(0);
+  if (use_barrier(prob, flags)) prob->log->setLogLevel(0);
   iteration_log events(prob, intcontrol(prob, KVSL_CTRL_LPLOG));
   m.passInEventHandler(&events);  // the model keeps a clone
 }

@@ -108,26 +108,46 @@ int finish(std::unique_ptr<FILE, int (*)(FILE *)> &fp) {
 
 using file_ptr = std::unique_ptr<FILE, int (*)(FILE *)>;
 
+// Whether x satisfies the rows, the bounds and every global entity of a
+// problem: integral binaries and integers, partial integers integral below
+// their limit, semi-continuous values 0 or at least the limit (integral for
+// semi-continuous integers).
+bool entities_satisfied(const kvsl_prob *prob, const std::vector<double> &x) {
+  const ClpSimplex &m = *prob->lp;
+  const double tol = 1e-6;
+  std::vector<double> act(m.numberRows(), 0.0);
+  m.matrix()->times(x.data(), act.data());
+  for (int i = 0; i < m.numberRows(); ++i)
+    if (act[i] < m.rowLower()[i] - tol || act[i] > m.rowUpper()[i] + tol) return false;
+  for (int j = 0; j < prob->ncols; ++j)
+    if (x[j] < m.columnLower()[j] - tol || x[j] > m.columnUpper()[j] + tol) return false;
+  for (const auto &e : prob->entities) {
+    double v = x[e.col];
+    bool integral = std::fabs(v - std::round(v)) <= tol;
+    bool semi_ok = std::fabs(v) <= tol || v >= e.limit - tol;
+    switch (e.type) {
+      case 'P': if (v < e.limit - tol && !integral) return false; break;
+      case 'S': if (!semi_ok) return false; break;
+      case 'R': if (!semi_ok || !integral) return false; break;
+      default: if (!integral) return false; break;
+    }
+  }
+  return true;
+}
+
 // Make x the current solution after a read (see the format notes above).
 int take_read_solution(kvsl_prob *prob, std::vector<double> x) {
-  kvsl::drop_solutions(prob);
   if (!prob->entities.empty()) {
-    const ClpSimplex &m = *prob->lp;
-    std::vector<double> act(m.numberRows(), 0.0);
-    m.matrix()->times(x.data(), act.data());
-    const double tol = 1e-6;
-    for (int i = 0; i < m.numberRows(); ++i)
-      if (act[i] < m.rowLower()[i] - tol || act[i] > m.rowUpper()[i] + tol) return KVSL_ERR_BADARG;
-    for (int j = 0; j < prob->ncols; ++j)
-      if (x[j] < m.columnLower()[j] - tol || x[j] > m.columnUpper()[j] + tol) return KVSL_ERR_BADARG;
-    for (const auto &e : prob->entities)
-      if (std::fabs(x[e.col] - std::round(x[e.col])) > tol) return KVSL_ERR_BADARG;
+    // A refused solution leaves the one held before untouched.
+    if (!entities_satisfied(prob, x)) return KVSL_ERR_BADARG;
+    kvsl::drop_solutions(prob);
     prob->mip_obj = kvsl::objective_of(prob, x.data());
     prob->mip_x = std::move(x);
     prob->mip_held = true;
     prob->mipstatus = KVSL_MIP_SOLUTION;
     return 0;
   }
+  kvsl::drop_solutions(prob);
   int r = static_cast<int>(prob->rowtype.size());
   prob->lp_slack.resize(r);
   kvsl::slacks_of(prob, x.data(), prob->lp_slack.data());

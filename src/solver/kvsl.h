@@ -178,7 +178,9 @@ int KVSLchgobj(KVSLprob prob, int n, const int col[], const double val[]);
 int KVSLchgobjsense(KVSLprob prob, int sense);
 /*
  * Change n bounds: bndtype[k] is 'L' (lower), 'U' (upper) or 'B' (both) of
- * column col[k], to val[k].  Takes effect on the loaded matrix at once.
+ * column col[k], to val[k].  Takes effect on the loaded matrix at once.  The
+ * solution held (and the statuses) stay readable until the next
+ * optimisation, as for KVSLchgglblimit and KVSLchgobjsense.
  */
 int KVSLchgbounds(KVSLprob prob, int n, const int col[], const char bndtype[],
                   const double val[]);

@@ -125,11 +125,14 @@ TEST_F(LpTest, ObjectiveCoefficientChangeAndResolve) {
 TEST_F(LpTest, BoundChangeTakesEffectAtTheNextSolve) {
   ASSERT_EQ(load_lp(p, small_max()), 0);
   ASSERT_EQ(KVSLmaxim(p, ""), 0);
+  auto solved = lpsol();
   int col = 0;
   char type = 'U';
   double v = 1.0;
   ASSERT_EQ(KVSLchgbounds(p, 1, &col, &type, &v), 0);
-  EXPECT_EQ(KVSLgetlpsol(p, nullptr, nullptr, nullptr, nullptr), KVSL_ERR_NOSOLUTION);
+  // The solution of the problem as solved stays readable until the next solve.
+  EXPECT_EQ(lpsol(), solved);
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), KVSL_LP_OPTIMAL);
   ASSERT_EQ(KVSLmaxim(p, ""), 0);
   auto x = lpsol();
   EXPECT_NEAR(x[0], 1.0, 1e-9);
