@@ -20,13 +20,23 @@
  *   barrier with crossover; a quadratic objective is solved by Clp's primal
  *   (or with b its barrier).  The simplex always starts from the basis the
  *   problem holds (the last solve's or a loaded one), so c changes nothing.
- * - The global search handles binary and integer columns.  Sets, semi-
- *   continuous and partial integer entities, indicator rows and a quadratic
- *   objective with entities are kept but not searched: the search fails
- *   with KVSL_ERR_UNSUPPORTED (their LP relaxation can still be solved).
- *   Model cuts and delayed rows stay ordinary rows (exact: a model cut is
- *   valid, a delayed row is then never violated).  Directives give Cbc
- *   priorities and preferred directions; pseudo costs are kept only.
+ * - The global search is exact for every entity, without big-M constants:
+ *   binary and integer columns are Cbc's; a semi-continuous column takes 0
+ *   or a value in [limit, ub] (integer for 'R'), a partial integer column is
+ *   integer below its limit, both branched on by bounds; sets are Cbc's set
+ *   branching in the order of their reference values; an indicator row gets
+ *   slack columns that relax it, and branching fixes the indicator column
+ *   either at the value that releases the row or at the one that enforces
+ *   it with the slacks fixed at 0.  Model cuts and delayed rows are kept out
+ *   of the LP and added as cuts where a node's solution violates them (then
+ *   without heuristics).  Every reported solution is checked against the
+ *   loaded problem; a failing one makes the search run again with every row
+ *   in the LP.  Cbc's preprocessing runs only for plain integer models.  A
+ *   quadratic objective with entities fails with KVSL_ERR_UNSUPPORTED.
+ *   Directives give priorities, preferred directions and starting pseudo
+ *   costs to integer columns, entity objects and sets.
+ * - An LP solve leaves out each indicator row whose column is not fixed at
+ *   the value that puts the row in force.
  * - Controls accepted without effect on Clp/Cbc: 8006 (crash) and 8078
  *   (dual reductions).  8028 levels 2 and up make the search log every
  *   node instead of every hundred; Cbc's own detail levels above 1 are not

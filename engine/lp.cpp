@@ -9,6 +9,7 @@
 #include <ClpSolve.hpp>
 
 #include "log.h"
+#include "search.h"
 
 namespace kvsl {
 
@@ -97,6 +98,7 @@ int solve_lp(kvsl_prob *prob, const char *flags) {
   }
   ClpSimplex &m = *prob->lp;
   try {
+    released_indicator_rows released(prob);
     apply_controls(prob, m, flags);
     bool presolve = intcontrol(prob, KVSL_CTRL_PRESOLVE) != 0;
     ClpSolve opts = solve_options(prob, flags, presolve);

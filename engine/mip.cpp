@@ -13,7 +13,7 @@
 #include <CbcHeuristicLocal.hpp>
 #include <CbcHeuristicRINS.hpp>
 #include <CbcModel.hpp>
-#include <CbcSimpleInteger.hpp>
+#include <CbcCutGenerator.hpp>
 #include <CglClique.hpp>
 #include <CglFlowCover.hpp>
 #include <CglGomory.hpp>
@@ -27,6 +27,7 @@
 #include <OsiClpSolverInterface.hpp>
 
 #include "log.h"
+#include "search.h"
 
 namespace kvsl {
 
@@ -107,47 +108,24 @@ void apply_controls(const kvsl_prob *prob, CbcModel &model) {
   if (intcontrol(prob, KVSL_CTRL_MIPLOG) >= 2) model.setPrintFrequency(1);
 }
 
-// Hand priorities and preferred directions of column directives to the
-// integer objects; orig maps the model's columns to the loaded ones.
-void apply_directives(const kvsl_prob *prob, CbcModel &model, const int *orig) {
-  if (prob->directives.empty()) return;
-  model.findIntegers(false);
-  std::vector<const directive *> of_col(prob->ncols, nullptr);
-  for (const auto &d : prob->directives)
-    if (d.obj >= 0) of_col[d.obj] = &d;
-  for (int i = 0; i < model.numberObjects(); ++i) {
-    auto *obj = dynamic_cast<CbcSimpleInteger *>(model.objects()[i]);
-    if (obj == nullptr) continue;
-    int col = orig != nullptr ? orig[obj->columnNumber()] : obj->columnNumber();
-    const directive *d = col >= 0 && col < prob->ncols ? of_col[col] : nullptr;
-    if (d == nullptr) continue;
-    obj->setPriority(d->prio);
-    obj->setPreferredWay(d->dir == 'U' ? 1 : d->dir == 'D' ? -1 : 0);
-  }
-}
-
-// Is x within tolerance of the loaded problem's bounds, rows and integrality?
+// Does x satisfy the loaded problem: bounds, the rows in force (inactive
+// indicator rows are not), integrality and every other entity and set?
 bool is_feasible(const kvsl_prob *prob, const std::vector<double> &x) {
   const ClpSimplex &m = *prob->lp;
-  const double tol = 1e-6;
   for (int j = 0; j < prob->ncols; ++j)
-    if (x[j] < m.columnLower()[j] - tol * (1 + std::fabs(x[j])) ||
-        x[j] > m.columnUpper()[j] + tol * (1 + std::fabs(x[j])))
-      return false;
-  for (const auto &e : prob->entities)
-    if (std::fabs(x[e.col] - std::round(x[e.col])) > 1e-5) return false;
+    if (!within(x[j], m.columnLower()[j], m.columnUpper()[j])) return false;
+  if (!column_entities_hold(prob, x.data()) || !sets_hold(prob, x.data())) return false;
+  std::vector<char> in_force = rows_in_force(prob, x.data());
   std::vector<double> act(m.numberRows(), 0.0);
   m.matrix()->times(x.data(), act.data());
   for (int i = 0; i < m.numberRows(); ++i)
-    if (act[i] < m.rowLower()[i] - tol * (1 + std::fabs(act[i])) ||
-        act[i] > m.rowUpper()[i] + tol * (1 + std::fabs(act[i])))
-      return false;
+    if (in_force[i] != 0 && !within(act[i], m.rowLower()[i], m.rowUpper()[i])) return false;
   return true;
 }
 
 // Record a MIP solution x.
 void take_mip_solution(kvsl_prob *prob, std::vector<double> x) {
-  for (const auto &e : prob->entities) x[e.col] = std::round(x[e.col]);
+  snap_column_entities(prob, x.data());
   prob->mip_obj = objective_of(prob, x.data());
   prob->mip_x = std::move(x);
   prob->mip_held = true;
@@ -197,16 +175,56 @@ bool solve_root(kvsl_prob *prob, OsiClpSolverInterface &solver) {
   return true;
 }
 
-// Run branch and cut on the (preprocessed) solver; fills the MIP results.
-void search(kvsl_prob *prob, OsiClpSolverInterface &solver, backend_log &log,
-            backend_log &quiet) {
-  bool presolve = intcontrol(prob, KVSL_CTRL_MIPPRESOLVE) != 0;
+// How a search attempt ended.
+enum class outcome { done, retry };
+
+// What a search attempt may use: rows held out of the LP, heuristics.
+struct attempt {
+  bool hold_rows;
+  bool heuristics;
+};
+
+// Does the search need objects beyond Cbc's integers (then Cbc's
+// preprocessing, which knows nothing of them, stays off)?
+bool needs_objects(const kvsl_prob *prob, const std::vector<int> &held) {
+  return has_column_entity_objects(prob) || !prob->settype.empty() ||
+         !prob->indicators.empty() || !held.empty();
+}
+
+// Map the model's best solution back to the loaded columns.
+std::vector<double> best_solution(const kvsl_prob *prob, CbcModel &model, CglPreProcess &process,
+                                  OsiClpSolverInterface &solver, bool presolved) {
+  if (!presolved) return {model.bestSolution(), model.bestSolution() + prob->ncols};
+  model.solver()->setColSolution(model.bestSolution());
+  process.postProcess(*model.solver());
+  const double *sx = solver.getColSolution();
+  return {sx, sx + prob->ncols};
+}
+
+// One branch and cut over the loaded problem: column entities, sets and
+// indicator rows by objects of their own, held-out rows by a cut pool.
+// Fills the MIP results; asks for a retry when the best solution fails the
+// final check or the LP without the held-out rows is unbounded.
+outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a) {
+  OsiClpSolverInterface solver(new ClpSimplex(*prob->lp), true);
+  solver.passInMessageHandler(&quiet);
+  solver.setDblParam(OsiPrimalTolerance, dblcontrol(prob, KVSL_CTRL_FEASTOL));
+  solver.setDblParam(OsiDualTolerance, dblcontrol(prob, KVSL_CTRL_OPTIMALITYTOL));
+  relax_column_entities(prob, solver);
+  std::vector<indicator_slacks> indicator_rows = relax_indicator_rows(prob, solver);
+  std::vector<int> held = a.hold_rows ? pool_rows(prob) : std::vector<int>{};
+  if (!held.empty()) solver.deleteRows(static_cast<int>(held.size()), held.data());
+  if (!solve_root(prob, solver))
+    return !held.empty() && prob->mipstatus == KVSL_MIP_UNBOUNDED ? outcome::retry : outcome::done;
+
+  bool objects = needs_objects(prob, held);
+  bool presolve = !objects && intcontrol(prob, KVSL_CTRL_MIPPRESOLVE) != 0;
   CglPreProcess process;
   process.passInMessageHandler(&log);
   OsiSolverInterface *pre = presolve ? process.preProcess(solver, false, 5) : &solver;
   if (pre == nullptr) {  // preprocessing proved infeasibility
     prob->mipstatus = KVSL_MIP_INFEAS;
-    return;
+    return outcome::done;
   }
   CbcModel model(*pre);
   model.passInMessageHandler(&log);
@@ -214,29 +232,36 @@ void search(kvsl_prob *prob, OsiClpSolverInterface &solver, backend_log &log,
   model.solver()->passInMessageHandler(&quiet);
   cut_generators cuts;
   if (intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) != 0) cuts.add_to(model);
-  if (intcontrol(prob, KVSL_CTRL_HEURSTRATEGY) != 0) add_heuristics(model);
+  row_pool pool(prob, held);
+  if (!held.empty()) {
+    model.addCutGenerator(&pool, 1, "Held-out rows", true, true);
+    model.cutGenerator(model.numberCutGenerators() - 1)->setMustCallAgain(true);
+  }
+  // Heuristics do not see held-out rows: their solutions would be dropped.
+  if (a.heuristics && held.empty() && intcontrol(prob, KVSL_CTRL_HEURSTRATEGY) != 0)
+    add_heuristics(model);
   apply_controls(prob, model);
-  apply_directives(prob, model, presolve ? process.originalColumns() : nullptr);
+  model.findIntegers(false);
+  apply_integer_directives(prob, model, presolve ? process.originalColumns() : nullptr);
+  if (objects) {
+    directive_index dirs(prob);
+    add_column_entity_objects(prob, model, dirs);
+    add_set_objects(prob, model, dirs);
+    add_indicator_objects(prob, model, indicator_rows, dirs);
+  }
   model.branchAndBound();
-  prob->nodes = model.getNodeCount();
+  prob->nodes += model.getNodeCount();
   prob->iterations += model.getIterationCount();
   double bound = model.getBestPossibleObjValue();
   bool have = model.bestSolution() != nullptr;
   if (have) {
-    std::vector<double> x;
-    if (presolve) {
-      model.solver()->setColSolution(model.bestSolution());
-      process.postProcess(*model.solver());
-      const double *sx = solver.getColSolution();
-      x.assign(sx, sx + prob->ncols);
-    } else {
-      x.assign(model.bestSolution(), model.bestSolution() + prob->ncols);
-    }
-    if (is_feasible(prob, x)) {
-      take_mip_solution(prob, std::move(x));
-    } else {
-      have = false;
+    std::vector<double> x = best_solution(prob, model, process, solver, presolve);
+    if (!is_feasible(prob, x)) {
+      if (a.hold_rows || a.heuristics) return outcome::retry;
       message(prob, 3, "The search's best solution failed the final check and was dropped.");
+      have = false;
+    } else {
+      take_mip_solution(prob, std::move(x));
     }
   }
   if (model.isContinuousUnbounded()) {
@@ -251,30 +276,24 @@ void search(kvsl_prob *prob, OsiClpSolverInterface &solver, backend_log &log,
     // A finished search has its bound at the incumbent up to the gap.
     if (prob->sense * (prob->best_bound - prob->mip_obj) > 0.0) prob->best_bound = prob->mip_obj;
   }
+  return outcome::done;
 }
 
 }  // namespace
 
 bool has_unsupported_globals(const kvsl_prob *prob) {
-  if (!prob->settype.empty() || !prob->indicators.empty()) return true;
-  for (const auto &e : prob->entities)
-    if (e.type != 'B' && e.type != 'I') return true;
-  return false;
+  return prob->has_quadratic &&
+         (!prob->entities.empty() || !prob->settype.empty() || !prob->indicators.empty());
 }
 
 int solve_mip(kvsl_prob *prob, const char *flags) {
   auto t0 = std::chrono::steady_clock::now();
   if (has_unsupported_globals(prob)) {
-    message(prob, 4,
-            "Sets, semi-continuous and partial integer entities and indicator rows cannot be "
-            "searched by this engine.");
-    return fail(prob, KVSL_ERR_UNSUPPORTED);
-  }
-  if (prob->has_quadratic && !prob->entities.empty()) {
     message(prob, 4, "A quadratic objective with global entities cannot be searched by this engine.");
     return fail(prob, KVSL_ERR_UNSUPPORTED);
   }
-  if (prob->entities.empty()) return solve_without_entities(prob, flags);
+  if (prob->entities.empty() && prob->settype.empty() && prob->indicators.empty())
+    return solve_without_entities(prob, flags);
   drop_solutions(prob);
   prob->iterations = 0;
   prob->nodes = 0;
@@ -283,12 +302,16 @@ int solve_mip(kvsl_prob *prob, const char *flags) {
     backend_log log(prob), quiet(prob);
     log.setLogLevel(search_log_level(prob));
     quiet.setLogLevel(0);
-    OsiClpSolverInterface solver(new ClpSimplex(*prob->lp), true);
-    solver.passInMessageHandler(&quiet);
-    solver.setDblParam(OsiPrimalTolerance, dblcontrol(prob, KVSL_CTRL_FEASTOL));
-    solver.setDblParam(OsiDualTolerance, dblcontrol(prob, KVSL_CTRL_OPTIMALITYTOL));
-    for (const auto &e : prob->entities) solver.setInteger(e.col);
-    if (solve_root(prob, solver)) search(prob, solver, log, quiet);
+    // A solution that fails the final check (a heuristic's that ignored an
+    // object, or one that slipped past a held-out row) means that search
+    // cannot be trusted: it runs again with every row in the LP and without
+    // heuristics, where each solution comes from a node LP.
+    if (search(prob, log, quiet, {true, true}) == outcome::retry) {
+      message(prob, 1, "Searching again with every row in the LP and without heuristics.");
+      prob->mip_held = false;
+      prob->best_bound = prob->sense > 0 ? -KVSL_INFINITY : KVSL_INFINITY;
+      search(prob, log, quiet, {false, false});
+    }
   } catch (const std::bad_alloc &) {
     return fail(prob, KVSL_ERR_NOMEM);
   } catch (...) {

@@ -1,6 +1,6 @@
 /*
  * mip_test.cpp -- the global search: optima against LP relaxations,
- * statuses, options, fixing entities, unsupported entities.
+ * statuses, options, fixing entities.
  */
 #include "engine_test.h"
 
@@ -143,39 +143,13 @@ TEST_F(MipTest, DirectivesAreAcceptedAndKeepTheOptimum) {
   EXPECT_EQ(KVSLloaddirs(p, 1, obj, prio, &baddir, up, down), KVSL_ERR_BADARG);
 }
 
-TEST_F(MipTest, SemiContinuousSetsAndIndicatorsAreNotSearched) {
-  dense_model m = small_mip();
-  ASSERT_EQ(load_global(p, m, "S", {0}, {2.0}), 0);
-  EXPECT_EQ(KVSLmaxim(p, "g"), KVSL_ERR_UNSUPPORTED);
-  EXPECT_EQ(int_attr(p, KVSL_ATTR_ERRORCODE), KVSL_ERR_UNSUPPORTED);
-  ASSERT_EQ(KVSLmaxim(p, ""), 0);  // the relaxation is still available
-  EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_LPOBJVAL), 21.0, 1e-9);
+TEST_F(MipTest, GlobalLimitsOnlyOfLimitedEntities) {
+  ASSERT_EQ(load_global(p, small_mip(), "S", {0}, {2.0}), 0);
   int col = 0;
   double limit = 3.0;
   EXPECT_EQ(KVSLchgglblimit(p, 1, &col, &limit), 0);
   col = 1;
   EXPECT_EQ(KVSLchgglblimit(p, 1, &col, &limit), KVSL_ERR_BADARG);
-
-  ASSERT_EQ(load_global(p, m, "B", {0}), 0);
-  int row = 1, flag = 1;
-  ASSERT_EQ(KVSLsetindicators(p, 1, &row, &col, &flag), 0);
-  EXPECT_EQ(KVSLmipoptimize(p, ""), KVSL_ERR_UNSUPPORTED);
-  flag = 0;
-  ASSERT_EQ(KVSLsetindicators(p, 1, &row, &col, &flag), 0);
-  EXPECT_EQ(KVSLmipoptimize(p, ""), 0);
-
-  column_arrays c(m);
-  char settype = '1';
-  int64_t setstart[2] = {0, 2};
-  int setcol[2] = {0, 1};
-  double setref[2] = {1, 2};
-  ASSERT_EQ(KVSLloadglobal64(p, "sos", 2, 2, m.rowtype.data(), m.rhs.data(), nullptr,
-                             m.obj.data(), c.start.data(), nullptr, c.ind.data(), c.val.data(),
-                             nullptr, nullptr, 0, 1, nullptr, nullptr, nullptr, &settype,
-                             setstart, setcol, setref),
-            0);
-  EXPECT_EQ(int_attr(p, KVSL_ATTR_SETS), 1);
-  EXPECT_EQ(KVSLmipoptimize(p, ""), KVSL_ERR_UNSUPPORTED);
 }
 
 TEST_F(MipTest, ModelCutsAndDelayedRowsStayEnforced) {
