@@ -76,15 +76,20 @@ int into_engine(const char *file) {
   const int ncols = reader.getNumCols(), nfile = reader.getNumRows();
   const char *sense = reader.getRowSense();
   const double *rlo = reader.getRowLower(), *rup = reader.getRowUpper();
+  // The library numbers rows newest constraint first, so the file's last
+  // row comes first; the same order here makes the same matrix, and a MIP
+  // search then takes the same path through it.
+  int nrows = 0;
+  for (int i = 0; i < nfile; ++i) nrows += sense[i] != 'N';
   std::vector<int> row_of(nfile, -1);
-  std::vector<char> rowtype;
-  std::vector<double> rhs, range;
-  for (int i = 0; i < nfile; ++i) {
+  std::vector<char> rowtype(nrows);
+  std::vector<double> rhs(nrows), range(nrows);
+  for (int i = 0, r = nrows; i < nfile; ++i) {
     if (sense[i] == 'N') continue;
-    row_of[i] = static_cast<int>(rowtype.size());
-    rowtype.push_back(sense[i]);
-    rhs.push_back(sense[i] == 'G' ? rlo[i] : rup[i]);
-    range.push_back(sense[i] == 'R' ? rup[i] - rlo[i] : 0.0);
+    row_of[i] = --r;
+    rowtype[r] = sense[i];
+    rhs[r] = sense[i] == 'G' ? rlo[i] : rup[i];
+    range[r] = sense[i] == 'R' ? rup[i] - rlo[i] : 0.0;
   }
   const CoinPackedMatrix *m = reader.getMatrixByCol();
   const CoinBigIndex *start = m->getVectorStarts();
@@ -116,7 +121,6 @@ int into_engine(const char *file) {
   // As quiet as the library makes it at its lowest message levels.
   KVSLsetintcontrol(kp, KVSL_CTRL_OUTPUTLOG, 0);
   KVSLsetintcontrol(kp, KVSL_CTRL_MIPLOG, 0);
-  const int nrows = static_cast<int>(rowtype.size());
   const int rc = KVSLloadglobal64(kp, "floor", ncols, nrows, rowtype.data(), rhs.data(),
                                   range.data(), reader.getObjCoefficients(), colstart.data(),
                                   nullptr, rowind.data(), rowval.data(), lb.data(), ub.data(),
