@@ -35,5 +35,14 @@ test-tsan: deps
 	cmake --build build-tsan -j $(JOBS) --target tsan_tests
 	cd build-tsan && TSAN_OPTIONS=halt_on_error=1 ctest --output-on-failure -j $(JOBS) -L tsan
 
+# Benchmarks (never part of make test): build the benchmark programs, run
+# every case, print the tables and keep them in bench/README.md.
+# BENCH_ARGS=--quick makes a short smoke run (bench/run_bench.py --help).
+bench:
+	@./scripts/install-deps.sh bench
+	cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo $(CMAKE_FLAGS) >/dev/null
+	cmake --build build -j $(JOBS) --target kvtl_micro_bench kvtl_model_bench kvtl_solve_bench
+	/usr/bin/python3 bench/run_bench.py --build-dir build --readme bench/README.md $(BENCH_ARGS)
+
 clean:
 	rm -rf build build-asan build-tsan

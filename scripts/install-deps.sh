@@ -1,11 +1,19 @@
 #!/bin/sh
-# Installs the Debian packages the build, the tests and the benchmarks need,
-# when any of them is missing.  Needs root (or sudo) only when installing.
+# Installs the Debian packages the build and the tests need (and, with the
+# argument "bench", also what only the benchmarks need), when any is missing.
+# Needs root (or sudo) only when installing.
 set -e
 pkgs="build-essential cmake pkg-config gettext libgtest-dev libgmock-dev googletest
       libbenchmark-dev coinor-libcbc-dev coinor-libclp-dev coinor-libcgl-dev
       coinor-libosi-dev coinor-libcoinutils-dev coinor-cbc coinor-clp binutils
       zlib1g-dev"
+case "$1" in
+  "") ;;
+  # The peer of the model-building comparison runs under the system
+  # interpreter, which is the one that sees Debian's Python packages.
+  bench) pkgs="$pkgs python3 python3-pulp" ;;
+  *) echo "usage: $0 [bench]" >&2; exit 2 ;;
+esac
 missing=""
 for p in $pkgs; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing="$missing $p"
