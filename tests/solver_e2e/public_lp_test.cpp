@@ -11,6 +11,7 @@
 
 #include "kvtl.h"
 #include "support/messages.h"
+#include "support/public_model.h"
 
 namespace {
 
@@ -20,25 +21,9 @@ constexpr int lp_optimal = 1, lp_infeasible = 2, lp_unbounded = 5;
 constexpr int st_loaded = 1, st_modified = 4, st_solution = 8;
 constexpr double tol = 1e-7;
 
-using terms = std::initializer_list<std::pair<MDLvar, double>>;
-
-// A constraint "terms type rhs" made with the public calls only.
-MDLctr row(MDLprob p, const char *name, int type, terms ts, double rhs) {
-  MDLctr c = mdlnewctr_prob(p, name, type);
-  EXPECT_NE(c, nullptr);
-  for (auto [v, a] : ts) EXPECT_EQ(mdladdterm(c, v, a), 0);
-  EXPECT_EQ(mdladdterm(c, nullptr, rhs), 0);
-  return c;
-}
-
-// A type N constraint with the terms, made the objective.
-MDLctr objective(MDLprob p, terms ts) {
-  MDLctr c = mdlnewctr_prob(p, "cost", MDL_NONBINDING);
-  EXPECT_NE(c, nullptr);
-  for (auto [v, a] : ts) EXPECT_EQ(mdladdterm(c, v, a), 0);
-  EXPECT_EQ(mdlsetobj_prob(p, c), 0);
-  return c;
-}
+using testsupport::objective;
+using testsupport::row;
+using testsupport::terms;
 
 class PublicLP : public ::testing::Test {
  protected:

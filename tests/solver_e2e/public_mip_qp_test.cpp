@@ -14,6 +14,7 @@
 
 #include "kvtl.h"
 #include "support/messages.h"
+#include "support/public_model.h"
 
 namespace {
 
@@ -22,25 +23,9 @@ constexpr int mip_infeasible = 5, mip_optimal = 6;
 constexpr int st_loaded = 1, st_modified = 4, st_solution = 8;
 constexpr double tol = 1e-6;
 
-using terms = std::initializer_list<std::pair<MDLvar, double>>;
-
-// A constraint "terms type rhs" made with the public calls only.
-MDLctr row(MDLprob p, const char *name, int type, terms ts, double rhs) {
-  MDLctr c = mdlnewctr_prob(p, name, type);
-  EXPECT_NE(c, nullptr);
-  for (auto [v, a] : ts) EXPECT_EQ(mdladdterm(c, v, a), 0);
-  EXPECT_EQ(mdladdterm(c, nullptr, rhs), 0);
-  return c;
-}
-
-// A type N constraint with the linear terms, made the objective.
-MDLctr objective(MDLprob p, terms ts) {
-  MDLctr c = mdlnewctr_prob(p, "cost", MDL_NONBINDING);
-  EXPECT_NE(c, nullptr);
-  for (auto [v, a] : ts) EXPECT_EQ(mdladdterm(c, v, a), 0);
-  EXPECT_EQ(mdlsetobj_prob(p, c), 0);
-  return c;
-}
+using testsupport::objective;
+using testsupport::row;
+using testsupport::terms;
 
 class PublicMipQp : public ::testing::Test {
  protected:

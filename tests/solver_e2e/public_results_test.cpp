@@ -17,6 +17,7 @@
 
 #include "kvtl.h"
 #include "support/messages.h"
+#include "support/public_model.h"
 
 namespace {
 
@@ -29,25 +30,9 @@ constexpr double tol = 1e-7;
 constexpr double cost_tol = 1e-6;
 constexpr double inf = MDL_INFINITY;
 
-using terms = std::initializer_list<std::pair<MDLvar, double>>;
-
-// A constraint "terms type rhs" made with the public calls only.
-MDLctr row(MDLprob p, const char *name, int type, terms ts, double rhs) {
-  MDLctr c = mdlnewctr_prob(p, name, type);
-  EXPECT_NE(c, nullptr);
-  for (auto [v, a] : ts) EXPECT_EQ(mdladdterm(c, v, a), 0);
-  EXPECT_EQ(mdladdterm(c, nullptr, rhs), 0);
-  return c;
-}
-
-// A type N constraint with the terms, made the objective.
-MDLctr objective(MDLprob p, terms ts) {
-  MDLctr c = mdlnewctr_prob(p, "cost", MDL_NONBINDING);
-  EXPECT_NE(c, nullptr);
-  for (auto [v, a] : ts) EXPECT_EQ(mdladdterm(c, v, a), 0);
-  EXPECT_EQ(mdlsetobj_prob(p, c), 0);
-  return c;
-}
+using testsupport::objective;
+using testsupport::row;
+using testsupport::terms;
 
 // Whole text of a file ("" when it cannot be read).
 std::string slurp(const std::string &path) {
