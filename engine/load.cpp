@@ -263,7 +263,8 @@ KVSL_EXPORT int KVSLloadqp64(KVSLprob prob, const char *name, int ncols, int nro
   return load(prob, a);
 }
 
-// Load a problem with global entities and sets.
+// Load a problem with global entities and sets: the quadratic-global load
+// without quadratic terms.
 KVSL_EXPORT int KVSLloadglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
                                  const char rowtype[], const double rhs[], const double range[],
                                  const double obj[], const int64_t colstart[],
@@ -273,18 +274,10 @@ KVSL_EXPORT int KVSLloadglobal64(KVSLprob prob, const char *name, int ncols, int
                                  const double entlimit[], const char settype[],
                                  const int64_t setstart[], const int setcol[],
                                  const double setref[]) {
-  load_args a{name, ncols, nrows, rowtype, rhs, range, obj, colstart, colcount, rowind,
-              rowval, lb, ub};
-  a.nglobal = nglobal;
-  a.nsets = nsets;
-  a.enttype = enttype;
-  a.entcol = entcol;
-  a.entlimit = entlimit;
-  a.settype = settype;
-  a.setstart = setstart;
-  a.setcol = setcol;
-  a.setref = setref;
-  return load(prob, a);
+  return KVSLloadqglobal64(prob, name, ncols, nrows, rowtype, rhs, range, obj, colstart,
+                           colcount, rowind, rowval, lb, ub, 0, nullptr, nullptr, nullptr,
+                           nglobal, nsets, enttype, entcol, entlimit, settype, setstart, setcol,
+                           setref);
 }
 
 // Load a problem with a quadratic objective, global entities and sets.

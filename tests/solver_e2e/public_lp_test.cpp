@@ -25,33 +25,7 @@ using testsupport::objective;
 using testsupport::row;
 using testsupport::terms;
 
-class PublicLP : public ::testing::Test {
- protected:
-  void SetUp() override {
-    mdlseterrctrl(0);
-    errors.install();
-    prob = mdlnewprob(nullptr);
-    ASSERT_NE(prob, nullptr);
-    mdlsetmsglevel_prob(prob, 1);
-  }
-  void TearDown() override {
-    mdldelprob_prob(prob);
-    mdldefcberr_prob(nullptr, nullptr, nullptr);
-  }
-  // The model used by several tests:
-  //   3x + 2y, c1: x + y <= 4, c2: x + 3y <= 9, 0 <= x <= 3, y >= 0.
-  void build_small(double cx = 3, double cy = 2) {
-    x = mdlnewvar_prob(prob, "x", MDL_CONTINUOUS, 0, 3);
-    y = mdlnewvar_prob(prob, "y", MDL_CONTINUOUS, 0, MDL_INFINITY);
-    c1 = row(prob, "c1", MDL_LEQ, {{x, 1}, {y, 1}}, 4);
-    c2 = row(prob, "c2", MDL_LEQ, {{x, 1}, {y, 3}}, 9);
-    obj = objective(prob, {{x, cx}, {y, cy}});
-  }
-  testsupport::error_log errors;
-  MDLprob prob = nullptr;
-  MDLvar x = nullptr, y = nullptr;
-  MDLctr c1 = nullptr, c2 = nullptr, obj = nullptr;
-};
+using PublicLP = testsupport::public_problem_test;
 
 // max 3x + 2y: x runs to its bound 3, then c1 leaves y = 1; value 11.
 // c2: 3 + 3 = 6, slack 3.  Basis {y, slack of c2}: dual of c1 = cost of

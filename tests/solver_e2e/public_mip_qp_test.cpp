@@ -27,19 +27,8 @@ using testsupport::objective;
 using testsupport::row;
 using testsupport::terms;
 
-class PublicMipQp : public ::testing::Test {
+class PublicMipQp : public testsupport::public_problem_test {
  protected:
-  void SetUp() override {
-    mdlseterrctrl(0);
-    errors.install();
-    prob = mdlnewprob(nullptr);
-    ASSERT_NE(prob, nullptr);
-    mdlsetmsglevel_prob(prob, 1);
-  }
-  void TearDown() override {
-    mdldelprob_prob(prob);
-    mdldefcberr_prob(nullptr, nullptr, nullptr);
-  }
   // The last report is error 1524 with this text.
   void expect_engine_error(const std::string &text) {
     ASSERT_FALSE(errors.empty());
@@ -47,8 +36,6 @@ class PublicMipQp : public ::testing::Test {
     EXPECT_EQ(errors.last().iserror, 1);
     EXPECT_EQ(errors.last().text, text);
   }
-  testsupport::error_log errors;
-  MDLprob prob = nullptr;
 };
 
 // max 10a + 13b + 7c, w: 3a + 4b + 2c <= 6, binaries.  Candidates: b + c

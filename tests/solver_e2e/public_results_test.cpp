@@ -57,20 +57,15 @@ std::vector<std::string> csv_line(const std::string &text, const std::string &pr
   return {};
 }
 
-class PublicResults : public ::testing::Test {
+class PublicResults : public testsupport::public_problem_test {
  protected:
   void SetUp() override {
-    mdlseterrctrl(0);
-    errors.install();
-    prob = mdlnewprob(nullptr);
-    ASSERT_NE(prob, nullptr);
-    mdlsetmsglevel_prob(prob, 1);
+    public_problem_test::SetUp();
     dir = "/tmp/kvtl_e2e_results_" + std::to_string(getpid()) + "_" +
           ::testing::UnitTest::GetInstance()->current_test_info()->name();
   }
   void TearDown() override {
-    mdldelprob_prob(prob);
-    mdldefcberr_prob(nullptr, nullptr, nullptr);
+    public_problem_test::TearDown();
     for (const auto &f : files) std::remove(f.c_str());
   }
   // A file name for this test, removed afterwards.
@@ -78,21 +73,8 @@ class PublicResults : public ::testing::Test {
     files.push_back(dir + ext);
     return files.back();
   }
-  // max 3x + 2y, c1: x + y <= 4, c2: x + 3y <= 9, 0 <= x <= 3, y >= 0;
-  // optimum x = 3, y = 1, value 11 (see public_lp_test.cpp).
-  void build_small(double cx = 3, double cy = 2) {
-    x = mdlnewvar_prob(prob, "x", MDL_CONTINUOUS, 0, 3);
-    y = mdlnewvar_prob(prob, "y", MDL_CONTINUOUS, 0, inf);
-    c1 = row(prob, "c1", MDL_LEQ, {{x, 1}, {y, 1}}, 4);
-    c2 = row(prob, "c2", MDL_LEQ, {{x, 1}, {y, 3}}, 9);
-    objective(prob, {{x, cx}, {y, cy}});
-  }
-  testsupport::error_log errors;
-  MDLprob prob = nullptr;
   std::string dir;
   std::vector<std::string> files;
-  MDLvar x = nullptr, y = nullptr;
-  MDLctr c1 = nullptr, c2 = nullptr;
 };
 
 // Ranging of the small LP at x = 3 (non-basic at its upper bound), y = 1

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "kvtl.h"
+#include "support/messages.h"
 
 namespace testsupport {
 
@@ -33,6 +34,36 @@ inline MDLctr objective(MDLprob p, terms ts) {
   EXPECT_EQ(mdlsetobj_prob(p, c), 0);
   return c;
 }
+
+// A fixture with one problem at message level 1, errors returned and
+// collected, and the small LP several suites share:
+//   max 3x + 2y, c1: x + y <= 4, c2: x + 3y <= 9, 0 <= x <= 3, y >= 0
+// (optimum x = 3, y = 1, value 11).
+class public_problem_test : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    mdlseterrctrl(0);
+    errors.install();
+    prob = mdlnewprob(nullptr);
+    ASSERT_NE(prob, nullptr);
+    mdlsetmsglevel_prob(prob, 1);
+  }
+  void TearDown() override {
+    mdldelprob_prob(prob);
+    mdldefcberr_prob(nullptr, nullptr, nullptr);
+  }
+  void build_small(double cx = 3, double cy = 2) {
+    x = mdlnewvar_prob(prob, "x", MDL_CONTINUOUS, 0, 3);
+    y = mdlnewvar_prob(prob, "y", MDL_CONTINUOUS, 0, MDL_INFINITY);
+    c1 = row(prob, "c1", MDL_LEQ, {{x, 1}, {y, 1}}, 4);
+    c2 = row(prob, "c2", MDL_LEQ, {{x, 1}, {y, 3}}, 9);
+    obj = objective(prob, {{x, cx}, {y, cy}});
+  }
+  error_log errors;
+  MDLprob prob = nullptr;
+  MDLvar x = nullptr, y = nullptr;
+  MDLctr c1 = nullptr, c2 = nullptr, obj = nullptr;
+};
 
 }  // namespace testsupport
 
