@@ -159,18 +159,26 @@ int multiply_linear(mdl_expr *a, mdl_expr *b) {
 }
 
 // Strip a list whose first node is 0 and tell whether it holds a non-zero
-// term: with a non-zero first node it does, pending operations only touch
-// variables inside the run.
+// term.  A non-zero first node answers at once (pending operations only
+// touch variables inside the run); a zero first node may stay without
+// anything pending, when a term was added beyond a cancelled `last`.
 bool holds_terms(MDLtermlst *list, bool quad) {
   if (*list == nullptr) return false;
-  auto first_coef = [&] { return *static_cast<const double *>((*list)->first); };
-  if (first_coef() == 0) {
+  if (*static_cast<const double *>((*list)->first) == 0) {
     if (quad)
       mdlstripqtermlst(list);
     else
       mdlstriptermlst(list);
   }
-  return *list != nullptr && first_coef() != 0;
+  if (*list == nullptr) return false;
+  if (quad) {
+    for (auto *t = static_cast<const mdl_qterm *>((*list)->first); t != nullptr; t = t->next)
+      if (t->coef != 0) return true;
+  } else {
+    for (auto *t = static_cast<const mdl_term *>((*list)->first); t != nullptr; t = t->next)
+      if (t->coef != 0) return true;
+  }
+  return false;
 }
 
 }  // namespace

@@ -259,6 +259,23 @@ TEST_F(Expr, StatusStripsAListWhoseFirstNodeIsZero) {
   EXPECT_EQ(e->lin, nullptr);
 }
 
+// x cancelled on `last` stays as a zero node; y beyond it is stored after
+// it without anything pending, so the zero first node survives a strip.
+TEST_F(Expr, StatusLooksPastAZeroFirstNodeWithNothingPending) {
+  MDLexpr e = expr(x, nullptr, 1);
+  mdladdexpr_term(e, x, nullptr, -1);
+  mdladdexpr_term(e, y, nullptr, 2);
+  ASSERT_EQ(static_cast<mdl_term *>(e->lin->first)->coef, 0.0);
+  ASSERT_EQ(e->lin->pending, 0);
+  EXPECT_EQ(mdlgetstatexpr(e), 1);
+  MDLexpr q = expr(x, x, 1);
+  mdladdexpr_term(q, x, x, -1);
+  mdladdexpr_term(q, y, y, 3);
+  EXPECT_EQ(mdlgetstatexpr(q), 2);
+  MDLexpr lin = expr(z, nullptr, 1);
+  EXPECT_EQ(mdlmulexpr(q, lin), 1);   // it is quadratic: the product is refused
+}
+
 TEST_F(Expr, EvaluationWithoutColumnsUsesValuesNearestZero) {
   MDLvar a = mdlnewvar_prob(prob, "a", MDL_CONTINUOUS, 2, 5);
   MDLvar b = mdlnewvar_prob(prob, "b", MDL_CONTINUOUS, -4, -1);
