@@ -42,9 +42,11 @@ class AllocFailure : public ExprTest {
   // that the next block is asked for at a different point of the operation.
   static void leave_room(MDLprob p, size_t room) {
     auto left = [p] { return static_cast<size_t>(p->pool->current->end - p->pool->current->cursor); };
+    // Fillers are multiples of 4 (as every pool chunk) of at least 88 bytes,
+    // so that they never come from a free list.
     while (left() < room + 256)   // fill the block, then start a fresh one
-      mdlallocmem(p, left() > 300 ? (left() - 2) | 1 : 201, 0);
-    mdlallocmem(p, (left() - room - 2) | 1, 0);   // odd size: never from a free list
+      mdlallocmem(p, left() > 300 ? (left() - 8) & ~static_cast<size_t>(3) : 204, 0);
+    mdlallocmem(p, (left() - room - 8) & ~static_cast<size_t>(3), 0);
   }
 
   // Run `act` on fresh operands, failing the n-th allocation for n = 1, 2,
@@ -151,8 +153,8 @@ TEST_F(AllocFailure, ProductOfLinearExpressions) {
   sweep([](operands &o) {
           o.a = mdlnewexpr(nullptr, nullptr, 0);
           o.b = mdlnewexpr(nullptr, nullptr, 0);
-          fill(o.a, o.x, 0, 1, 40, 0);
-          fill(o.b, o.x, 20, 1, 40, 0);
+          fill(o.a, o.x, 0, 1, 24, 0);   // 576 products: several blocks
+          fill(o.b, o.x, 12, 1, 24, 0);
         },
         [](operands &o) { return mdlmulexpr(o.a, o.b); }, -1, both);
 }
