@@ -28,20 +28,36 @@ struct operands {
 
 class AllocFailure : public ExprTest {
  protected:
-  // Linear terms on x[from], x[from + step], ... (n of them, half of them
-  // added out of order so that some stay pending), a few quadratic terms
-  // and a constant.
-  static void fill(MDLexpr e, const std::vector<MDLvar> &x, int from, int step, int n, int nquad) {
-    for (int i = 0; i < n; i += 2) mdladdexpr_term(e, x[from + i * step], nullptr, i + 1);
-    for (int i = 1; i < n; i += 2) mdladdexpr_term(e, x[from + i * step], nullptr, -i);
-    for (int i = 0; i < nquad; i++) mdladdexpr_term(e, x[(from + 7 * i) % 60], x[(3 * i) % 60], 0.5 * i + 1);
-    mdladdexpr_term(e, nullptr, nullptr, from + 0.25);
+  // Terms of one operand: linear terms on x[from], x[from + step], ... (n
+  // of them, half of them added out of order so that some stay pending),
+  // nquad quadratic terms, and the constant from + 0.25.
+  struct terms_spec {
+    int from, step, n, nquad;
+  };
+  static void fill(MDLexpr e, const std::vector<MDLvar> &x, terms_spec t) {
+    for (int i = 0; i < t.n; i += 2) mdladdexpr_term(e, x[t.from + i * t.step], nullptr, i + 1);
+    for (int i = 1; i < t.n; i += 2) mdladdexpr_term(e, x[t.from + i * t.step], nullptr, -i);
+    for (int i = 0; i < t.nquad; i++)
+      mdladdexpr_term(e, x[(t.from + 7 * i) % 60], x[(3 * i) % 60], 0.5 * i + 1);
+    mdladdexpr_term(e, nullptr, nullptr, t.from + 0.25);
   }
+  // A builder of the operands a and b with these terms.
+  static std::function<void(operands &)> pair_of(terms_spec a, terms_spec b) {
+    return [a, b](operands &o) {
+      o.a = mdlnewexpr(nullptr, nullptr, 0);
+      o.b = mdlnewexpr(nullptr, nullptr, 0);
+      fill(o.a, o.x, a);
+      fill(o.b, o.x, b);
+    };
+  }
+  static constexpr terms_spec none{0, 1, 0, 0};   // the constant 0.25 alone
 
   // Leave about `room` bytes in the current block of the problem's pool, so
   // that the next block is asked for at a different point of the operation.
   static void leave_room(MDLprob p, size_t room) {
-    auto left = [p] { return static_cast<size_t>(p->pool->current->end - p->pool->current->cursor); };
+    auto left = [p] {
+      return static_cast<size_t>(p->pool->current->end - p->pool->current->cursor);
+    };
     // Fillers are multiples of 4 (as every pool chunk) of at least 88 bytes,
     // so that they never come from a free list.
     while (left() < room + 256)   // fill the block, then start a fresh one
@@ -52,8 +68,9 @@ class AllocFailure : public ExprTest {
   // Run `act` on fresh operands, failing the n-th allocation for n = 1, 2,
   // ... until it succeeds without reaching the failure; each failure must be
   // reported, give `failed` and leave what `kept` names unchanged.
-  void sweep(const std::function<void(operands &)> &build, const std::function<int(operands &)> &act,
-             int failed, const std::function<std::vector<MDLexpr>(operands &)> &kept) {
+  void sweep(const std::function<void(operands &)> &build,
+             const std::function<int(operands &)> &act, int failed,
+             const std::function<std::vector<MDLexpr>(operands &)> &kept) {
     int trials = 0;
     for (size_t room = 0; room < 3600; room += 8) {
       for (int n = 1;; n++) {
@@ -85,7 +102,8 @@ class AllocFailure : public ExprTest {
           }
           std::vector<MDLexpr> now = kept(o);
           for (size_t i = 0; i < now.size(); i++)
-            EXPECT_EQ(value_of(now[i]), before[i]) << "operand " << i << " room " << room << " n " << n;
+            EXPECT_EQ(value_of(now[i]), before[i])
+                << "operand " << i << " room " << room << " n " << n;
         } else {
           EXPECT_NE(rc, failed);
           EXPECT_TRUE(log.reports.empty()) << log.last().text;
@@ -107,40 +125,22 @@ class AllocFailure : public ExprTest {
 };
 
 TEST_F(AllocFailure, AddExpression) {
-  sweep([](operands &o) {
-          o.a = mdlnewexpr(nullptr, nullptr, 0);
-          o.b = mdlnewexpr(nullptr, nullptr, 0);
-          fill(o.a, o.x, 0, 1, 50, 20);
-          fill(o.b, o.x, 5, 1, 50, 30);
-        },
+  sweep(pair_of({0, 1, 50, 20}, {5, 1, 50, 30}),
         [](operands &o) { return mdladdexpr(o.a, o.b); }, -1, both);
 }
 
 TEST_F(AllocFailure, AddLinearExpression) {
-  sweep([](operands &o) {
-          o.a = mdlnewexpr(nullptr, nullptr, 0);
-          o.b = mdlnewexpr(nullptr, nullptr, 0);
-          fill(o.a, o.x, 0, 2, 30, 0);
-          fill(o.b, o.x, 1, 1, 59, 0);
-        },
+  sweep(pair_of({0, 2, 30, 0}, {1, 1, 59, 0}),
         [](operands &o) { return mdladdexpr(o.a, o.b); }, -1, both);
 }
 
 TEST_F(AllocFailure, AssignExpression) {
-  sweep([](operands &o) {
-          o.a = mdlnewexpr(nullptr, nullptr, 0);
-          o.b = mdlnewexpr(nullptr, nullptr, 0);
-          fill(o.a, o.x, 0, 1, 20, 5);
-          fill(o.b, o.x, 3, 1, 55, 40);
-        },
+  sweep(pair_of({0, 1, 20, 5}, {3, 1, 55, 40}),
         [](operands &o) { return mdlassignexpr(o.a, o.b); }, -1, both);
 }
 
 TEST_F(AllocFailure, DuplicateExpression) {
-  sweep([](operands &o) {
-          o.b = mdlnewexpr(nullptr, nullptr, 0);
-          fill(o.b, o.x, 3, 1, 55, 40);
-        },
+  sweep(pair_of(none, {3, 1, 55, 40}),
         [](operands &o) {
           const int rc = mdldupexpr(&o.out, o.b);
           EXPECT_EQ(o.out == nullptr, rc != 0);
@@ -150,29 +150,17 @@ TEST_F(AllocFailure, DuplicateExpression) {
 }
 
 TEST_F(AllocFailure, ProductOfLinearExpressions) {
-  sweep([](operands &o) {
-          o.a = mdlnewexpr(nullptr, nullptr, 0);
-          o.b = mdlnewexpr(nullptr, nullptr, 0);
-          fill(o.a, o.x, 0, 1, 24, 0);   // 576 products: several blocks
-          fill(o.b, o.x, 12, 1, 24, 0);
-        },
+  // 576 products: several blocks.
+  sweep(pair_of({0, 1, 24, 0}, {12, 1, 24, 0}),
         [](operands &o) { return mdlmulexpr(o.a, o.b); }, -1, both);
 }
 
 TEST_F(AllocFailure, ConstantTimesQuadraticExpression) {
-  sweep([](operands &o) {
-          o.a = mdlnewexpr(nullptr, nullptr, 3);
-          o.b = mdlnewexpr(nullptr, nullptr, 0);
-          fill(o.b, o.x, 0, 1, 50, 60);
-        },
-        [](operands &o) { return mdlmulexpr(o.a, o.b); }, -1, both);
+  sweep(pair_of(none, {0, 1, 50, 60}), [](operands &o) { return mdlmulexpr(o.a, o.b); }, -1, both);
 }
 
 TEST_F(AllocFailure, TermsOfAnExpression) {
-  sweep([](operands &o) {
-          o.a = mdlnewexpr(nullptr, nullptr, 0);
-          fill(o.a, o.x, 0, 1, 58, 10);
-        },
+  sweep(pair_of({0, 1, 58, 10}, none),
         [](operands &o) {
           // Terms inside the run, beyond it and new quadratic pairs: one
           // of them meets the failure.
@@ -201,10 +189,7 @@ TEST_F(AllocFailure, NewExpression) {
 }
 
 TEST_F(AllocFailure, TextOfAnExpression) {
-  sweep([](operands &o) {
-          o.b = mdlnewexpr(nullptr, nullptr, 0);
-          fill(o.b, o.x, 0, 1, 60, 60);
-        },
+  sweep(pair_of(none, {0, 1, 60, 60}),
         [](operands &o) {
           char *t = mdlexpr2str(o.b, MDL_LEQ);
           mdlfree2str(t);
@@ -215,10 +200,7 @@ TEST_F(AllocFailure, TextOfAnExpression) {
 
 TEST_F(AllocFailure, ConstraintObjectiveAndSetFromExpressions) {
   auto build = [](operands &o) {
-    o.a = mdlnewexpr(nullptr, nullptr, 0);
-    o.b = mdlnewexpr(nullptr, nullptr, 0);
-    fill(o.a, o.x, 0, 1, 30, 30);
-    fill(o.b, o.x, 10, 1, 50, 50);
+    pair_of({0, 1, 30, 30}, {10, 1, 50, 50})(o);
     mdlsetctr(o.ctr, o.a, MDL_LEQ);
     mdlsetobjexpr(o.prob, o.a);
     mdlsetsos(o.sos, o.a);
