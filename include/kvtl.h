@@ -265,6 +265,61 @@ KVTL_API int mdldup_qtermlst(MDLtermlst *target, MDLtermlst source);
 KVTL_API int mdladd_termlst(MDLtermlst *target, MDLtermlst *source);
 KVTL_API int mdladd_qtermlst(MDLtermlst *target, MDLtermlst *source);
 
+/* ---- Expressions ------------------------------------------------------------
+ * A free-standing expression: constant plus linear and quadratic terms,
+ * kept in the library's global pool.  As a relation it reads: terms plus
+ * constant, related to 0 (a constraint's rhs is the negated constant).  A
+ * null expression reads as the empty one where it is only read. */
+typedef struct mdl_expr *MDLexpr;
+
+/* A new expression of one term: y alone (x null) or x alone a linear term,
+ * x and y a quadratic term, neither the constant; coefficient 0 gives the
+ * empty expression.  Null on failure. */
+KVTL_API MDLexpr mdlnewexpr(MDLvar x, MDLvar y, double coef);
+/* *copy receives a new expression equal to expr: 0, or 1 on failure. */
+KVTL_API int mdldupexpr(MDLexpr *copy, MDLexpr expr);
+/* Clear the expression and give the object back. */
+KVTL_API int mdldelexpr(MDLexpr expr);
+/* Constant 0, no terms. */
+KVTL_API int mdlclearexpr(MDLexpr expr);
+/* Target becomes a copy of source: 0, or -1 on failure (target unchanged). */
+KVTL_API int mdlassignexpr(MDLexpr target, MDLexpr source);
+/* Target plus source: 0, or -1 on failure (target unchanged). */
+KVTL_API int mdladdexpr(MDLexpr target, MDLexpr source);
+/* Add to / set one term's coefficient (variables as in mdlnewexpr; setting
+ * 0 removes the term): 0, or 1 on failure. */
+KVTL_API int mdladdexpr_term(MDLexpr expr, MDLvar x, MDLvar y, double coef);
+KVTL_API int mdlsetexpr_term(MDLexpr expr, MDLvar x, MDLvar y, double coef);
+/* Multiply by a constant; negate. */
+KVTL_API int mdlmulcexpr(MDLexpr expr, double factor);
+KVTL_API int mdlchsexpr(MDLexpr expr);
+/* Target times factor: 0; 1 when the product would not be quadratic
+ * (target unchanged; callers report it as error 1591); -1 on failure. */
+KVTL_API int mdlmulexpr(MDLexpr target, MDLexpr factor);
+/* 0 constant only, 1 linear, 2 quadratic only, 3 linear and quadratic. */
+KVTL_API int mdlgetstatexpr(MDLexpr expr);
+/* Value at the current solution; a variable without a column counts with
+ * the feasible value nearest to 0. */
+KVTL_API double mdlevalexpr(MDLexpr expr);
+/* Text of the expression related by a constraint type to 0, e.g.
+ * "- 3*x*z + 2*x + y  <= 4"; release it with mdlfree2str.  Null on failure. */
+KVTL_API char *mdlexpr2str(MDLexpr expr, int type);
+KVTL_API void mdlfree2str(char *text);
+/* Print the expression through the problem's output (null problem: the
+ * default output and format); for type R `range` is the width.  Returns 0. */
+KVTL_API int mdlprintexpr(MDLprob prob, MDLexpr expr, int type, double range);
+/* Constraint from an expression: type and terms (constant kept as is). */
+KVTL_API int mdlsetctr(MDLctr ctr, MDLexpr expr, int type);
+/* Add an expression to a constraint's terms and constant. */
+KVTL_API int mdlappctr(MDLctr ctr, MDLexpr expr);
+/* The built-in objective from the expression, made the objective: 1, or -1
+ * on failure. */
+KVTL_API int mdlsetobjexpr(MDLprob prob, MDLexpr expr);
+/* Members of a set from the expression's linear terms (coefficients are the
+ * weights): replace them / add to them. */
+KVTL_API int mdlsetsos(MDLsos sos, MDLexpr expr);
+KVTL_API int mdlappsos(MDLsos sos, MDLexpr expr);
+
 /* ---- Constraints and objective -------------------------------------------- */
 
 /* Relation types: terms + constant related to 0, so rhs = -constant.  A
