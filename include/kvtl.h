@@ -180,6 +180,28 @@ KVTL_API struct mdl_entity_entry *mdladdtodel(MDLprob prob, int kind, void *enti
  * into `buffer` (at least 20 characters). */
 KVTL_API const char *mdlmktn(char *buffer, const void *handle);
 
+/* ---- Index sets -------------------------------------------------------------
+ * Ordered, growable sets of element names: adding a name returns its
+ * position (from 0, in order of first addition), so names map to array
+ * indices.  All sets of a problem share one element-name dictionary. */
+typedef struct mdl_idxset *MDLidxset;
+
+/* A new empty set with room for `size` elements (at least 5); null on
+ * failure. */
+KVTL_API MDLidxset mdlnewidxset_prob(MDLprob prob, const char *name, int size);
+/* Position of the element, added at the end when new; -1 on failure. */
+KVTL_API int mdladdidxel(MDLidxset set, const char *name);
+/* Position of the element, or -1 when it is not in the set. */
+KVTL_API int mdlgetidxel(MDLidxset set, const char *name);
+/* Number of elements, -1 for no set. */
+KVTL_API int mdlgetidxsetsize(MDLidxset set);
+/* The set's name (the generated name when it has none); null for no set. */
+KVTL_API const char *mdlgetidxsetname(MDLidxset set);
+/* The element at a position, null outside 0 .. size - 1. */
+KVTL_API const char *mdlgetidxelname(MDLidxset set, int position);
+/* Print "name: elements" through the problem's output; 0, or 1 for no set. */
+KVTL_API int mdlprintidxset(MDLidxset set);
+
 /* ---- Variables ------------------------------------------------------------ */
 
 /* Variable types. */
