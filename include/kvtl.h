@@ -180,6 +180,28 @@ KVTL_API struct mdl_entity_entry *mdladdtodel(MDLprob prob, int kind, void *enti
  * into `buffer` (at least 20 characters). */
 KVTL_API const char *mdlmktn(char *buffer, const void *handle);
 
+/* ---- Index sets -------------------------------------------------------------
+ * Ordered, growable sets of element names: adding a name returns its
+ * position (from 0, in order of first addition), so names map to array
+ * indices.  All sets of a problem share one element-name dictionary. */
+typedef struct mdl_idxset *MDLidxset;
+
+/* A new empty set with room for `size` elements (at least 5); null on
+ * failure. */
+KVTL_API MDLidxset mdlnewidxset_prob(MDLprob prob, const char *name, int size);
+/* Position of the element, added at the end when new; -1 on failure. */
+KVTL_API int mdladdidxel(MDLidxset set, const char *name);
+/* Position of the element, or -1 when it is not in the set. */
+KVTL_API int mdlgetidxel(MDLidxset set, const char *name);
+/* Number of elements, -1 for no set. */
+KVTL_API int mdlgetidxsetsize(MDLidxset set);
+/* The set's name (the generated name when it has none); null for no set. */
+KVTL_API const char *mdlgetidxsetname(MDLidxset set);
+/* The element at a position, null outside 0 .. size - 1. */
+KVTL_API const char *mdlgetidxelname(MDLidxset set, int position);
+/* Print "name: elements" through the problem's output; 0, or 1 for no set. */
+KVTL_API int mdlprintidxset(MDLidxset set);
+
 /* ---- Variables ------------------------------------------------------------ */
 
 /* Variable types. */
@@ -219,6 +241,42 @@ KVTL_API void *mdlgetvarlink(MDLvar var);
 /* 1 when 0 is feasible for the variable, else 0 with the feasible value
  * nearest to 0 written to `value` (when not null). */
 KVTL_API int mdlisvarzerofeas(MDLvar var, double *value);
+
+/* ---- Arrays of variables and sums -------------------------------------------
+ * An array of variables is indexed directly like a plain array of variable
+ * handles: the handle is the address of its first slot.  Complete arrays are
+ * made at once; open ones are filled slot by slot and then closed. */
+typedef MDLvar *MDLarrvar;
+
+/* A closed array of `size` new variables of one type and bounds, named
+ * after the array ("x", "x_1", ...); null on failure or for size <= 0. */
+KVTL_API MDLarrvar mdlnewarrvar_prob(MDLprob prob, int size, int type, const char *name,
+                                     double lb, double ub);
+/* An open array of `capacity` empty slots; null on failure or for
+ * capacity <= 0. */
+KVTL_API MDLarrvar mdlstartarrvar_prob(MDLprob prob, int capacity, const char *name);
+/* Fill the first free slot / the slot at `position` of an open array. */
+KVTL_API int mdlapparrvarel(MDLarrvar arr, MDLvar var);
+KVTL_API int mdlsetarrvarel(MDLarrvar arr, int position, MDLvar var);
+/* Close an open array whose slots are all filled. */
+KVTL_API int mdlendarrvar(MDLarrvar arr);
+/* Delete the array (its variables stay in the problem). */
+KVTL_API int mdldelarrvar(MDLarrvar arr);
+/* Size (negative capacity while open), -1 for no array. */
+KVTL_API int mdlgetarrvarsize(MDLarrvar arr);
+/* The name, "Anon" when the problem keeps no names, null for no array. */
+KVTL_API const char *mdlgetarrvarname(MDLarrvar arr);
+/* Add coefs[i] * arr[i] to the constraint for every slot. */
+KVTL_API int mdladdarrterm(MDLctr ctr, MDLarrvar arr, const double *coefs);
+/* New constraint sum(coefs[i] * arr[i]) `type` rhs; null on failure. */
+KVTL_API MDLctr mdlnewarrsum_prob(MDLprob prob, const char *name, MDLarrvar arr,
+                                  const double *coefs, int type, double rhs);
+/* New constraint sum(arr[i]) `type` rhs. */
+KVTL_API MDLctr mdlnewsum_prob(MDLprob prob, const char *name, MDLarrvar arr, int type,
+                               double rhs);
+/* New constraint sum((first + i) * arr[i]) `type` rhs. */
+KVTL_API MDLctr mdlnewsumc_prob(MDLprob prob, const char *name, MDLarrvar arr, int type,
+                                double first, double rhs);
 
 /* ---- Term lists ----------------------------------------------------------- */
 
