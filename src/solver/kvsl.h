@@ -398,7 +398,8 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  *   1010 KVSL_ATTR_LPSTATUS     LP status:
  *        0 not loaded, 1 optimal, 2 infeasible, 3 worse than cutoff,
  *        4 unfinished (limit reached), 5 unbounded, 6 cut off in dual,
- *        7 not solved, 8 quadratic objective not convex
+ *        7 not solved, 8 quadratic objective or quadratic row not convex
+ *        (see "Quadratic models" below)
  *   1011 KVSL_ATTR_MIPSTATUS    MIP status:
  *        0 not loaded, 1 LP not optimised, 2 LP optimised, 3 search
  *        incomplete without solution, 4 search incomplete with solution,
@@ -472,6 +473,28 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
 #define KVSL_ERR_UNSUPPORTED 8      /* capability not available in this engine */
 #define KVSL_ERR_BACKEND 9          /* a backend failed */
 #define KVSL_ERR_INDEX 10           /* row, column or set index out of range */
+
+/* ---- Quadratic models ------------------------------------------------------ */
+/*
+ * Continuous problems with a quadratic objective or quadratic rows are
+ * solved by an interior-point method (Ipopt, on the exact first and second
+ * derivatives) to a relative accuracy of about 1e-9; the option letters
+ * that choose a simplex algorithm do not apply to them.  Such a solution
+ * has values, slacks, duals (the derivative of the objective by the row's
+ * right-hand side, with the signs of an LP) and reduced costs
+ * (c + Qx - J'y, J the rows' Jacobian at x), but no simplex basis; the
+ * iteration count (attribute 1021) is the interior-point iterations.
+ *
+ * Convexity is checked before every solve.  A form of n columns counts as
+ * positive semidefinite when its smallest eigenvalue is above -1e-7 n times
+ * its largest absolute entry (decided by a Cholesky factorisation of the
+ * shifted form, so singular forms are decided reliably).  Minimising, Q
+ * must be semidefinite; maximising, -Q.  A quadratic row must describe a
+ * convex set: 'L' rows with a semidefinite form, 'G' rows with a negative
+ * semidefinite one; 'E' and 'R' rows with a non-zero form are not convex.
+ * A problem that fails these tests is not solved: LP status 8, MIP status
+ * 1, no solution, and a log line saying which part is not convex.
+ */
 
 #ifdef __cplusplus
 }
