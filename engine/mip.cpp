@@ -282,7 +282,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
 }  // namespace
 
 bool has_unsupported_globals(const kvsl_prob *prob) {
-  return prob->has_quadratic &&
+  return (prob->has_quadratic || !prob->qrows.empty()) &&
          (!prob->entities.empty() || !prob->settype.empty() || !prob->indicators.empty());
 }
 

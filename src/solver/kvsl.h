@@ -494,6 +494,14 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  * semidefinite one; 'E' and 'R' rows with a non-zero form are not convex.
  * A problem that fails these tests is not solved: LP status 8, MIP status
  * 1, no solution, and a log line saying which part is not convex.
+ *
+ * KVSLloadqcqp64 and KVSLloadqcqpglobal64 check the quadratic-row arrays
+ * (KVSL_ERR_INDEX for a row or column out of range, KVSL_ERR_BADARG for a
+ * negative count or missing arrays) before loading anything; a row listed
+ * twice has its triples added, a row whose triples are all zero is linear.
+ * The simplex basis (KVSLgetbasis) and ranging (KVSLrange) describe only
+ * linear problems: with quadratic parts KVSLrange fails with
+ * KVSL_ERR_UNSUPPORTED.
  */
 
 #ifdef __cplusplus
