@@ -184,8 +184,9 @@ void drop_solutions(kvsl_prob *prob);
 double objective_of(const kvsl_prob *prob, const double *x);
 // Slacks rhs - a'x of every row for the column values x.
 void slacks_of(const kvsl_prob *prob, const double *x, double *slack);
-// Does the problem hold entities or constraints the MIP search cannot treat?
-bool has_unsupported_globals(const kvsl_prob *prob);
+// Does the problem have quadratic parts beside entities, sets or indicator
+// rows (searched by solve_quadratic_search instead of Cbc)?
+bool needs_quadratic_search(const kvsl_prob *prob);
 // The quadratic objective's triangle held by the backend (null: none).
 const CoinPackedMatrix *quadratic_of(const ClpSimplex &m);
 // Check that the quadratic objective is convex in the problem's sense.
@@ -199,9 +200,29 @@ bool form_is_psd(const std::vector<int> &col1, const std::vector<int> &col2,
 bool quadratic_rows_are_convex(const kvsl_prob *prob);
 // Value x'Qx of a quadratic row's form.
 double quad_row_value(const quad_row &r, const double *x);
+// Column and row activity bounds of one relaxation (backend infinities).
+struct relaxation_bounds {
+  std::vector<double> col_lo, col_up, row_lo, row_up;
+};
+// Result of one interior-point solve.
+struct relaxation_result {
+  int status = KVSL_LP_UNSOLVED;   // an LP status
+  std::vector<double> x, dual, dj;
+  double obj = 0.0;                // in the problem's terms
+  int iterations = 0;
+};
+// The bounds the backend model holds.
+relaxation_bounds model_bounds(const kvsl_prob *prob);
+// Solve the loaded problem's continuous relaxation within the bounds by the
+// interior-point backend, from `start` (null: 0) moved into the bounds.
+void solve_relaxation(const kvsl_prob *prob, const relaxation_bounds &bounds, const double *start,
+                      relaxation_result &out);
 // Solve the loaded continuous problem with a quadratic objective or
 // quadratic rows by the interior-point backend; fills the LP results.
 int solve_interior(kvsl_prob *prob);
+// Global search of a problem with quadratic parts and entities (branch and
+// bound on interior-point relaxations); fills the MIP results.
+int solve_quadratic_search(kvsl_prob *prob, const char *flags);
 
 // Set the log level of the problem's backend handler for an LP solve.
 void prepare_lp_log(kvsl_prob *prob);

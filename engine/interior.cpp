@@ -36,7 +36,10 @@ double ipopt_bound(double v) {
 // to row_lo <= a_i'x + x'Q_i x <= row_up and the column bounds, s the sense.
 class quadratic_nlp : public Ipopt::TNLP {
  public:
-  explicit quadratic_nlp(const kvsl_prob *prob) : prob_(prob) { build(); }
+  quadratic_nlp(const kvsl_prob *prob, const relaxation_bounds &bounds, const double *start)
+      : prob_(prob), bounds_(bounds), start_(start) {
+    build();
+  }
 
   bool get_nlp_info(Index &n, Index &m, Index &nnz_jac, Index &nnz_hess,
                     IndexStyleEnum &style) override {
@@ -49,14 +52,13 @@ class quadratic_nlp : public Ipopt::TNLP {
   }
 
   bool get_bounds_info(Index, Number *xl, Number *xu, Index, Number *gl, Number *gu) override {
-    const ClpSimplex &m = *prob_->lp;
     for (int j = 0; j < n_; ++j) {
-      xl[j] = ipopt_bound(m.columnLower()[j]);
-      xu[j] = ipopt_bound(m.columnUpper()[j]);
+      xl[j] = ipopt_bound(bounds_.col_lo[j]);
+      xu[j] = ipopt_bound(bounds_.col_up[j]);
     }
     for (int i = 0; i < m_; ++i) {
-      gl[i] = ipopt_bound(m.rowLower()[i]);
-      gu[i] = ipopt_bound(m.rowUpper()[i]);
+      gl[i] = ipopt_bound(bounds_.row_lo[i]);
+      gu[i] = ipopt_bound(bounds_.row_up[i]);
     }
     return true;
   }
@@ -64,11 +66,11 @@ class quadratic_nlp : public Ipopt::TNLP {
   bool get_starting_point(Index, bool init_x, Number *x, bool init_z, Number *, Number *,
                           Index, bool init_lambda, Number *) override {
     if (init_z || init_lambda || !init_x) return false;
-    // Inside the bounds, near 0: the interior-point method moves it inwards.
-    const ClpSimplex &m = *prob_->lp;
+    // The given start (or 0) moved into the bounds; the interior-point
+    // method moves it inwards.
     for (int j = 0; j < n_; ++j) {
-      double l = m.columnLower()[j], u = m.columnUpper()[j];
-      x[j] = std::min(std::max(0.0, l), u);
+      double v = start_ != nullptr ? start_[j] : 0.0;
+      x[j] = std::min(std::max(v, bounds_.col_lo[j]), bounds_.col_up[j]);
     }
     return true;
   }
@@ -250,6 +252,8 @@ class quadratic_nlp : public Ipopt::TNLP {
   }
 
   const kvsl_prob *prob_;
+  const relaxation_bounds &bounds_;
+  const double *start_;
   int n_ = 0, m_ = 0;
   double sense_ = 1.0;
   std::vector<int> jac_start_, jac_col_;
@@ -283,8 +287,19 @@ double quad_row_value(const quad_row &r, const double *x) {
   return v;
 }
 
-int solve_interior(kvsl_prob *prob) {
-  Ipopt::SmartPtr<quadratic_nlp> nlp = new quadratic_nlp(prob);
+relaxation_bounds model_bounds(const kvsl_prob *prob) {
+  const ClpSimplex &m = *prob->lp;
+  const int n = m.numberColumns(), r = m.numberRows();
+  return {std::vector<double>(m.columnLower(), m.columnLower() + n),
+          std::vector<double>(m.columnUpper(), m.columnUpper() + n),
+          std::vector<double>(m.rowLower(), m.rowLower() + r),
+          std::vector<double>(m.rowUpper(), m.rowUpper() + r)};
+}
+
+void solve_relaxation(const kvsl_prob *prob, const relaxation_bounds &bounds, const double *start,
+                      relaxation_result &out) {
+  out = relaxation_result();
+  Ipopt::SmartPtr<quadratic_nlp> nlp = new quadratic_nlp(prob, bounds, start);
   Ipopt::SmartPtr<Ipopt::IpoptApplication> app = IpoptApplicationFactory();
   // Silent: the banner and the iteration log would go to standard output.
   app->Options()->SetIntegerValue("print_level", 0);
@@ -302,47 +317,55 @@ int solve_interior(kvsl_prob *prob) {
   }
   double t = dblcontrol(prob, KVSL_CTRL_TIMELIMIT);
   if (t > 0.0) app->Options()->SetNumericValue("max_cpu_time", t);
-  if (app->Initialize() != Ipopt::Solve_Succeeded) {
-    prob->lpstatus = KVSL_LP_UNSOLVED;
-    return fail(prob, KVSL_ERR_BACKEND);
-  }
+  if (app->Initialize() != Ipopt::Solve_Succeeded) return;
   Ipopt::ApplicationReturnStatus rc = app->OptimizeTNLP(Ipopt::GetRawPtr(nlp));
-  prob->lpstatus = status_of(rc);
-  if (Ipopt::IsValid(app->Statistics())) prob->iterations = app->Statistics()->IterationCount();
-  if (prob->lpstatus != KVSL_LP_OPTIMAL || nlp->x_.empty()) return 0;
-
-  const ClpSimplex &m = *prob->lp;
-  const int n = m.numberColumns(), r = m.numberRows();
-  std::vector<double> x = nlp->x_;
+  out.status = status_of(rc);
+  if (Ipopt::IsValid(app->Statistics())) out.iterations = app->Statistics()->IterationCount();
+  if (out.status != KVSL_LP_OPTIMAL || nlp->x_.empty()) return;
+  const int n = static_cast<int>(nlp->x_.size()), r = static_cast<int>(nlp->lambda_.size());
+  out.x = nlp->x_;
   // The iterates stay inside the bounds up to rounding; report them inside.
-  for (int j = 0; j < n; ++j) x[j] = std::min(std::max(x[j], m.columnLower()[j]), m.columnUpper()[j]);
-  prob->lp_x = x;
+  for (int j = 0; j < n; ++j)
+    out.x[j] = std::min(std::max(out.x[j], bounds.col_lo[j]), bounds.col_up[j]);
   // Duals: the derivative of the objective by the right-hand side is minus
   // the multiplier of the minimised problem, times the sense.
   const double s = prob->sense < 0 ? -1.0 : 1.0;
-  prob->lp_dual.resize(r);
-  for (int i = 0; i < r; ++i) prob->lp_dual[i] = -s * nlp->lambda_[i];
+  out.dual.resize(r);
+  for (int i = 0; i < r; ++i) out.dual[i] = -s * nlp->lambda_[i];
   // Reduced costs: gradient of the objective minus the rows' gradients
   // weighted by the duals.
-  std::vector<double> d(n, 0.0), gy(n, 0.0);
-  const double *c = m.objective();
-  for (int j = 0; j < n; ++j) d[j] = c[j];
+  const ClpSimplex &m = *prob->lp;
+  const double *x = out.x.data();
+  std::vector<double> gy(n, 0.0);
+  out.dj.assign(m.objective(), m.objective() + n);
   if (prob->has_quadratic) {
     const CoinPackedMatrix *q = quadratic_of(m);
     for (int j = 0; j < q->getNumCols(); ++j)
       for (CoinBigIndex k = q->getVectorStarts()[j];
            k < q->getVectorStarts()[j] + q->getVectorLengths()[j]; ++k) {
         int i = q->getIndices()[k];
-        d[i] += q->getElements()[k] * x[j];
-        if (i != j) d[j] += q->getElements()[k] * x[i];
+        out.dj[i] += q->getElements()[k] * x[j];
+        if (i != j) out.dj[j] += q->getElements()[k] * x[i];
       }
   }
-  nlp->add_row_gradients(x.data(), prob->lp_dual.data(), gy.data());
-  prob->lp_dj.resize(n);
-  for (int j = 0; j < n; ++j) prob->lp_dj[j] = d[j] - gy[j];
+  nlp->add_row_gradients(x, out.dual.data(), gy.data());
+  for (int j = 0; j < n; ++j) out.dj[j] -= gy[j];
+  out.obj = objective_of(prob, x);
+}
+
+int solve_interior(kvsl_prob *prob) {
+  relaxation_result res;
+  solve_relaxation(prob, model_bounds(prob), nullptr, res);
+  prob->lpstatus = res.status;
+  prob->iterations = res.iterations;
+  if (res.status != KVSL_LP_OPTIMAL) return 0;
+  const int r = prob->lp->numberRows();
+  prob->lp_x = std::move(res.x);
+  prob->lp_dual = std::move(res.dual);
+  prob->lp_dj = std::move(res.dj);
   prob->lp_slack.resize(r);
-  slacks_of(prob, x.data(), prob->lp_slack.data());
-  prob->lp_obj = objective_of(prob, x.data());
+  slacks_of(prob, prob->lp_x.data(), prob->lp_slack.data());
+  prob->lp_obj = res.obj;
   for (auto *v : {&prob->lp_x, &prob->lp_dj, &prob->lp_dual, &prob->lp_slack})
     for (double &e : *v) e += 0.0;
   return 0;

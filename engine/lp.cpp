@@ -100,10 +100,10 @@ int solve_lp(kvsl_prob *prob, const char *flags) {
   // simplex can stop at a non-optimal point and call it optimal.
   const bool interior = prob->has_quadratic || !prob->qrows.empty();
   try {
+    released_indicator_rows released(prob);
     if (interior) {
       if (int rc = solve_interior(prob); rc != 0) return rc;
     } else {
-      released_indicator_rows released(prob);
       apply_controls(prob, m, flags);
       bool presolve = intcontrol(prob, KVSL_CTRL_PRESOLVE) != 0;
       ClpSolve opts = solve_options(prob, flags, presolve);

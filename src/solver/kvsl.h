@@ -502,6 +502,21 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  * The simplex basis (KVSLgetbasis) and ranging (KVSLrange) describe only
  * linear problems: with quadratic parts KVSLrange fails with
  * KVSL_ERR_UNSUPPORTED.
+ *
+ * The global search of a problem with quadratic parts and global entities
+ * is a depth-first branch and bound of the engine's own on interior-point
+ * relaxations, exact for every entity: binary, integer and partial integer
+ * columns branch on bounds (a partial integer one only below its limit),
+ * semi-continuous (integer) ones to 0 or to [limit, ub] and then as
+ * integers, sets split after their first non-zero member in reference
+ * order, and an indicator row is relaxed until its column is fixed at the
+ * value that puts it in force.  Nodes are pruned at the incumbent less the
+ * larger of the gaps 7018, 7019 times the incumbent and 1e-9 (1 + |it|);
+ * the node (8020) and time (7020) limits end the search with MIP status 3
+ * or 4.  Every solution is rounded on its integer columns and checked
+ * against all rows in force before it is taken.  Directives, cuts,
+ * heuristics and threads do not apply to this search; its log is one line
+ * per solution found and one summary line.
  */
 
 #ifdef __cplusplus
