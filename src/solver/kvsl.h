@@ -500,8 +500,12 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  * negative count or missing arrays) before loading anything; a row listed
  * twice has its triples added, a row whose triples are all zero is linear.
  * The simplex basis (KVSLgetbasis) and ranging (KVSLrange) describe only
- * linear problems: with quadratic parts KVSLrange fails with
- * KVSL_ERR_UNSUPPORTED.
+ * linear problems.  Ranging tells how far a basis stays optimal; a solution
+ * with quadratic parts has no basis and moves with every change of a cost
+ * or a right-hand side, so only the first-order rates are meaningful, and
+ * those are the duals and reduced costs.  With quadratic parts KVSLrange
+ * therefore fails with KVSL_ERR_UNSUPPORTED, for continuous problems and
+ * after a search alike.
  *
  * The global search of a problem with quadratic parts and global entities
  * is a depth-first branch and bound of the engine's own on interior-point
