@@ -5,14 +5,12 @@
  */
 #include <gtest/gtest.h>
 
-#include <cmath>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "kvtl.h"
 #include "mps_model.h"
+#include "support/optima_table.h"
 
 namespace {
 
@@ -35,23 +33,10 @@ bool is_slow(const std::string &name) {
 std::vector<maros_case> read_optima(bool slow) {
   const std::string dir = KVTL_DATA_DIR "/maros";
   std::vector<maros_case> out;
-  std::ifstream in(dir + "/optima.tsv");
-  std::string line;
-  std::getline(in, line);   // header
-  while (std::getline(in, line)) {
-    std::vector<std::string> f;
-    std::stringstream ss(line);
-    std::string field;
-    while (std::getline(ss, field, '\t')) f.push_back(field);
-    if (f.size() < 6 || is_slow(f[0]) != slow) continue;
-    out.push_back({f[0], dir + "/" + f[0] + ".QPS.gz", std::stod(f[5])});
-  }
+  for (const auto &f : testsupport::read_table(dir + "/optima.tsv"))
+    if (f.size() >= 6 && is_slow(f[0]) == slow)
+      out.push_back({f[0], dir + "/" + f[0] + ".QPS.gz", std::stod(f[5])});
   return out;
-}
-
-// The published values have 8 significant digits.
-bool close_rel(double got, double want, double tol) {
-  return std::fabs(got - want) <= tol * std::max(1.0, std::fabs(want));
 }
 
 void PrintTo(const maros_case &c, std::ostream *os) { *os << c.name; }
@@ -71,7 +56,7 @@ TEST_P(Maros, PublishedOptimum) {
   ASSERT_EQ(mdlminim_prob(prob, ""), 0);
   EXPECT_EQ(mdlgetlpstat_prob(prob), 1);
   double obj = mdlgetobjval_prob(prob);
-  EXPECT_TRUE(close_rel(obj, c.optimum, 1e-6)) << obj << " vs " << c.optimum;
+  EXPECT_TRUE(testsupport::close_rel(obj, c.optimum, 1e-6)) << obj << " vs " << c.optimum;
   EXPECT_EQ(mdldelprob_prob(prob), 0);
 }
 
