@@ -457,6 +457,22 @@ KVTL_API int mdlreadslxsol_prob(MDLprob prob, const char *file, const char *flag
  * gaps, threads ...) the library does not set itself; null for no problem. */
 KVTL_API MDLkvslprob mdlgetkvslprob_prob(MDLprob prob);
 
+/* ---- Model files ---------------------------------------------------------- */
+
+/* Output file formats of mdlexportprob_prob. */
+enum { MDL_FILE_LP = 1, MDL_FILE_MPS = 2 };
+/* Generate the matrix and write the model as an LP (1) or fixed-column MPS
+ * (2) file; another format is warned about (1580) and written as LP.  A
+ * null or empty name is the problem's name; ".lp" / ".mps" is appended
+ * unless the name has an extension after its last '/' or ends in '.'.
+ * 0 on success, 1 when generation fails, the file cannot be opened or not
+ * all of it could be written. */
+KVTL_API int mdlexportprob_prob(MDLprob prob, int format, const char *file);
+/* Write the branching directives, model cuts and delayed rows to a
+ * directives file (".dir" appended as above).  0, or 1 when the file cannot
+ * be opened or written. */
+KVTL_API int mdlwritedir_prob(MDLprob prob, const char *file);
+
 /* ---- Message table positions (second argument of mdlerror) --------------- */
 enum {
   MDL_E_NOPROB = 0,        /* 1501 E (%s) No active problem. */
