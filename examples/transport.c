@@ -10,7 +10,7 @@
 #define NP 3
 #define NC 4
 
-int main(void) {
+int main(int argc, char **argv) {
   static const double supply[NP] = {20, 30, 25};
   static const double demand[NC] = {10, 25, 15, 25};
   static const double cost[NP][NC] = {{2, 3, 11, 7}, {1, 0, 6, 1}, {5, 8, 15, 9}};
@@ -40,6 +40,10 @@ int main(void) {
   mdlsetobj_prob(prob, total);
 
   if (mdlminim_prob(prob, "") != 0) return 1;
+  /* Given a file base, the model is also written as an LP and an MPS file. */
+  if (argc > 1 && (mdlexportprob_prob(prob, MDL_FILE_LP, argv[1]) != 0 ||
+                   mdlexportprob_prob(prob, MDL_FILE_MPS, argv[1]) != 0))
+    return 1;
   int status = mdlgetlpstat_prob(prob);
   double value = mdlgetobjval_prob(prob);
   printf("LP status %d, total cost %g\n", status, value);

@@ -80,6 +80,13 @@ bool read_lp(const std::string &file, flat_model &m, std::string &error) {
     r.readLp(file.c_str());
     fill(r, m, r.getRowSense());
     m.offset = r.objectiveOffset();
+    // A maximisation comes back as the minimisation of the negated
+    // objective: turn it back.
+    if (r.wasMaximization()) {
+      m.maximise = true;
+      for (auto &[name, c] : m.cols) c.obj = -c.obj;
+      m.offset = -m.offset;
+    }
   } catch (const CoinError &e) {
     error = "CoinLpIO cannot read " + file + ": " + e.message();
     return false;
