@@ -62,6 +62,19 @@ size_t format_g(char *out, double value) {
     memcpy(p, "0", 2);
     return static_cast<size_t>(p - out) + 1;
   }
+  if (a < 999999.5 && a == static_cast<double>(static_cast<uint32_t>(a))) {
+    // Whole numbers below a million are their digits (most model data).
+    char d[8], *e = d + sizeof d;
+    uint32_t n = static_cast<uint32_t>(a);
+    do {
+      *--e = static_cast<char>('0' + n % 10);
+      n /= 10;
+    } while (n != 0);
+    const size_t len = static_cast<size_t>(d + sizeof d - e);
+    memcpy(p, e, len);
+    p[len] = '\0';
+    return static_cast<size_t>(p - out) + len;
+  }
   const long double *pow10 = pow10_of();
   int bexp;
   frexp(a, &bexp);                                  // a in [2^(bexp-1), 2^bexp)

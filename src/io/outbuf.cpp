@@ -47,8 +47,15 @@ void out_file::put_long(const char *text, size_t n) {
 
 void out_file::put_padded(const char *text, size_t width) {
   const size_t n = strlen(text);
-  put(text, n);
-  for (size_t i = n; i < width; ++i) put(' ');
+  const size_t pad = n < width ? width - n : 0;
+  if (n + pad > cap_ - len_) {
+    put(text, n);
+    for (size_t i = 0; i < pad; ++i) put(' ');
+    return;
+  }
+  memcpy(buf_ + len_, text, n);
+  memset(buf_ + len_ + n, ' ', pad);
+  len_ += n + pad;
 }
 
 void out_file::put_int(int64_t value, size_t width) {
