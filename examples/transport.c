@@ -1,6 +1,7 @@
 /*
  * transport.c -- a transport LP: ship goods from three plants to four
- * customers at least cost, within supplies and meeting demands.
+ * customers at least cost, within supplies and meeting demands.  Prints
+ * the model; `transport BASE` also writes it to BASE.lp and BASE.mps.
  */
 #include <math.h>
 #include <stdio.h>
@@ -38,6 +39,7 @@ int main(int argc, char **argv) {
     mdladdterm(row, NULL, demand[c]);
   }
   mdlsetobj_prob(prob, total);
+  mdlprintprob_prob(prob);   /* the model as stated, through the library's output */
 
   if (mdlminim_prob(prob, "") != 0) return 1;
   /* Given a file base, the model is also written as an LP and an MPS file. */

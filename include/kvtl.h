@@ -586,6 +586,25 @@ KVTL_API int mdlexportprob_prob(MDLprob prob, int format, const char *file);
  * be opened or written. */
 KVTL_API int mdlwritedir_prob(MDLprob prob, const char *file);
 
+/* ---- Printing of the model ----------------------------------------------- */
+
+/* Readable reports through the problem's output (message callback, else
+ * standard output), numbers in the problem's real-number format.  The
+ * problem: every non-free constraint, the sets and the objective. */
+KVTL_API int mdlprintprob_prob(MDLprob prob);
+/* "name: " (and "ind=1 -> " for an indicator constraint) and the
+ * expression with its relation: the expression printer's result; 1 for
+ * no constraint. */
+KVTL_API int mdlprintctr(MDLctr ctr);
+KVTL_API int mdlprintobj_prob(MDLprob prob);
+/* "name(type): x(+1) y(-2) " and a newline. */
+KVTL_API int mdlprintsos(MDLsos sos);
+/* "x: value" with a solution, else "x: [lb,ub]" ("[lb,limit,ub]" for
+ * partial-integer and semi-continuous types); the number of characters. */
+KVTL_API int mdlprintvar(MDLvar var);
+/* The array's variables separated by ",  ". */
+KVTL_API int mdlprintarrvar(MDLarrvar arr);
+
 /* ---- Message table positions (second argument of mdlerror) --------------- */
 enum {
   MDL_E_NOPROB = 0,        /* 1501 E (%s) No active problem. */
