@@ -203,8 +203,7 @@ bool clp_optimum(const flat_model &m, double &value) {
 }
 
 bool glpsol_objective(const std::string &option, const std::string &file, bool mip,
-                      int seconds, double &value, std::string &error) {
-  const std::string out = file + ".glpsol";
+                      int seconds, const std::string &out, double &value, std::string &error) {
   std::string cmd = "glpsol " + option + " '" + file + "' " + (mip ? "" : "--nomip ") +
                     "--tmlim " + std::to_string(seconds) + " -o '" + out + "' > '" + out +
                     ".log' 2>&1";

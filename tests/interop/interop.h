@@ -50,9 +50,10 @@ std::vector<std::string> compare(const flat_model &ref, const flat_model &got, d
 bool clp_optimum(const flat_model &m, double &value);
 
 // glpsol on a file ("--mps" or "--lp"), LP relaxation (--nomip) or with
-// its MIP search under a time limit; the objective it reports.
+// its MIP search under a time limit; the objective it reports.  Its report
+// and log go to `out` and `out`.log (never beside a source file).
 bool glpsol_objective(const std::string &option, const std::string &file, bool mip,
-                      int seconds, double &value, std::string &error);
+                      int seconds, const std::string &out, double &value, std::string &error);
 
 bool close(double a, double b, double rel);
 

@@ -252,9 +252,9 @@ class Interop : public ::testing::Test {
     // the full-precision file is read as free MPS, the default-format file
     // below in fixed layout.
     double g_ref = 0, g_mps = 0;
-    ASSERT_TRUE(glpsol_objective("--mps", source, false, 60, g_ref, error)) << error;
+    ASSERT_TRUE(glpsol_objective("--mps", source, false, 60, glpsol_out(), g_ref, error)) << error;
     without_empty_lines(base + ".mps", base + ".glpk.mps");
-    ASSERT_TRUE(glpsol_objective("--freemps", base + ".glpk.mps", false, 60, g_mps, error)) << error;
+    ASSERT_TRUE(glpsol_objective("--freemps", base + ".glpk.mps", false, 60, glpsol_out(), g_mps, error)) << error;
     EXPECT_TRUE(close(g_mps, g_ref, optimum_tol)) << "MPS by glpsol " << g_mps << " vs " << g_ref;
 
     // LP: the Ranges section is the format's own; readers get the file
@@ -283,7 +283,7 @@ class Interop : public ::testing::Test {
     double relaxed_opt = 0, g_lp = 0;
     ASSERT_TRUE(clp_optimum(relaxed, relaxed_opt));
     for_glpsol(lpbase + ".noranges.lp", lpbase + ".glpk.lp", ref.offset);
-    ASSERT_TRUE(glpsol_objective("--lp", lpbase + ".glpk.lp", false, 60, g_lp, error)) << error;
+    ASSERT_TRUE(glpsol_objective("--lp", lpbase + ".glpk.lp", false, 60, glpsol_out(), g_lp, error)) << error;
     EXPECT_TRUE(close(g_lp, relaxed_opt, optimum_tol))
         << "LP by glpsol " << g_lp << " vs " << relaxed_opt;
 
@@ -300,10 +300,14 @@ class Interop : public ::testing::Test {
     // Every field in its fixed columns: glpsol reads it in fixed layout.
     double g_fixed = 0;
     without_empty_lines(base + "_g.mps", base + "_g.glpk.mps");
-    EXPECT_TRUE(glpsol_objective("--mps", base + "_g.glpk.mps", false, 60, g_fixed, error)) << error;
+    EXPECT_TRUE(glpsol_objective("--mps", base + "_g.glpk.mps", false, 60, glpsol_out(), g_fixed, error)) << error;
   }
 
+  // A fresh report file for glpsol in the test's directory.
+  std::string glpsol_out() { return dir + "/glpsol" + std::to_string(++glpsol_runs) + ".out"; }
+
   std::string dir;
+  int glpsol_runs = 0;
 };
 
 // The examples write their models when given a file base.  Their optima
@@ -426,10 +430,10 @@ TEST_F(Interop, Examples) {
     g.close();
     const std::string sense = e.maximise ? "--max --freemps" : "--freemps";
     double g_mps = 0, g_lp = 0;
-    ASSERT_TRUE(glpsol_objective(sense, base + ".glpk.mps", e.integer, 60, g_mps, error)) << error;
+    ASSERT_TRUE(glpsol_objective(sense, base + ".glpk.mps", e.integer, 60, glpsol_out(), g_mps, error)) << error;
     EXPECT_TRUE(close(g_mps, e.optimum, optimum_tol)) << "MPS by glpsol " << g_mps;
     for_glpsol(base + ".noranges.lp", base + ".glpk.lp", 0);
-    ASSERT_TRUE(glpsol_objective("--lp", base + ".glpk.lp", e.integer, 60, g_lp, error)) << error;
+    ASSERT_TRUE(glpsol_objective("--lp", base + ".glpk.lp", e.integer, 60, glpsol_out(), g_lp, error)) << error;
     EXPECT_TRUE(close(g_lp, e.optimum, optimum_tol)) << "LP by glpsol " << g_lp;
   }
 }
@@ -461,7 +465,7 @@ TEST_F(Interop, DISABLED_MiplibSearch) {
     std::string error;
     ASSERT_TRUE(read_mps(source, ref, error)) << error;
     double g_ref = 0, g_mps = 0;
-    if (!glpsol_objective("--mps", source, true, 60, g_ref, error)) {
+    if (!glpsol_objective("--mps", source, true, 60, glpsol_out(), g_ref, error)) {
       printf("%s: glpsol does not solve the original within 60 s (%s)\n", r.name.c_str(),
              error.substr(0, 80).c_str());
       continue;
@@ -469,7 +473,7 @@ TEST_F(Interop, DISABLED_MiplibSearch) {
     write_model(ref, r.name, "%.17g");
     const std::string base = dir + "/" + r.name;
     without_empty_lines(base + ".mps", base + ".glpk.mps");
-    ASSERT_TRUE(glpsol_objective("--freemps", base + ".glpk.mps", true, 120, g_mps, error)) << error;
+    ASSERT_TRUE(glpsol_objective("--freemps", base + ".glpk.mps", true, 120, glpsol_out(), g_mps, error)) << error;
     EXPECT_TRUE(close(g_mps, g_ref, optimum_tol)) << g_mps << " vs " << g_ref;
     EXPECT_TRUE(close(g_mps, r.optimum, 1e-5)) << g_mps << " published " << r.optimum;
     ++solved;
