@@ -4,6 +4,7 @@
  * the problem's output.
  */
 #include "core/errors.h"
+#include "io/writers.h"
 #include "model/arrays.h"
 #include "problem/names.h"
 #include "problem/problem.h"
@@ -16,8 +17,6 @@ constexpr int wrap_after = 75;
 
 // One real number in the problem's format; returns its length.
 int print_real(MDLprob prob, double value) { return mdlprintf_prob(prob, prob->realfmt, value); }
-
-bool is_indicator(const mdl_ctr *c) { return c->mode > MDL_MODE_INCVARS; }
 
 }  // namespace
 
@@ -64,9 +63,9 @@ KVTL_API int mdlprintctr(MDLctr ctr) {
   }
   MDLprob prob = ctr->problem;
   mdlprintf_prob(prob, "%s: ", display_name(ctr->name, ctr));
-  if (is_indicator(ctr)) {
-    const auto *v = reinterpret_cast<const mdl_var *>(ctr->mode & ~static_cast<uintptr_t>(1));
-    mdlprintf_prob(prob, "%s=%d -> ", display_name(v->name, v), static_cast<int>(ctr->mode & 1));
+  if (has_indicator(ctr)) {
+    const mdl_var *v = indicator_of(ctr);
+    mdlprintf_prob(prob, "%s=%d -> ", display_name(v->name, v), indicator_value(ctr));
   }
   return mdlprintexpr(prob, &ctr->expr, static_cast<int>(ctr->type), ctr->range);
 }
