@@ -24,7 +24,7 @@ def main():
     ap.add_argument("--build-dir", default="build")
     ap.add_argument("--reps", type=int, default=3)
     ap.add_argument("--quick", action="store_true", help="small models, one repetition")
-    a = ap.parse_args()
+    a, _ = ap.parse_known_args()   # the other driver's options pass through
     exe = a.build_dir + "/bench/kvtl_write_bench"
     cases = [("pmedian", 1000), ("transport", 1000)]
     reps = a.reps
