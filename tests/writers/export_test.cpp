@@ -90,6 +90,32 @@ TEST_F(Export, WriteFailureGivesOne) {
   EXPECT_TRUE(errors.empty());
 }
 
+TEST_F(Export, AllocationFailuresOfLpAndDirectivesFiles) {
+  ASSERT_EQ(mdlloadmat_prob(prob), 0);
+  mdlsetvardir(v, MDL_DIR_PRIORITY, 3);
+  const std::string file = path("alloc");
+  ASSERT_EQ(mdlexportprob_prob(prob, MDL_FILE_LP, file.c_str()), 0);
+  ASSERT_EQ(mdlwritedir_prob(prob, file.c_str()), 0);
+  const std::string lp = read(file + ".lp"), dirfile = read(file + ".dir");
+  const sweep_result l = sweep_allocations([&] {
+    std::filesystem::remove(file + ".lp");
+    const int rc = mdlexportprob_prob(prob, MDL_FILE_LP, file.c_str());
+    if (rc == 0) EXPECT_EQ(read(file + ".lp"), lp);
+    return rc;
+  });
+  EXPECT_EQ(l.failures, 1);    // the name
+  EXPECT_GE(l.successes, 2);   // the small buffer, then nothing failed
+  const sweep_result d = sweep_allocations([&] {
+    std::filesystem::remove(file + ".dir");
+    const int rc = mdlwritedir_prob(prob, file.c_str());
+    if (rc == 0) EXPECT_EQ(read(file + ".dir"), dirfile);
+    return rc;
+  });
+  EXPECT_EQ(d.failures, 1);
+  EXPECT_GE(d.successes, 2);
+  EXPECT_EQ(dirfile, " PR v                   3\n");
+}
+
 TEST_F(Export, GenerationFailureGivesOne) {
   MDLprob empty = mdlnewprob("nothing");
   ASSERT_NE(empty, nullptr);

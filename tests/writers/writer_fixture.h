@@ -46,6 +46,49 @@ class WriterTest : public SolverTest {
     return c;
   }
 
+  // Run `attempt` (returning 0 or 1) with the nth allocation through the
+  // hooks failing, for n = 0, 1, ... until nothing fails: a failed attempt
+  // must have reported exactly 1502, a successful one nothing.
+  struct sweep_result {
+    int failures = 0, successes = 0;
+  };
+  template <class F>
+  sweep_result sweep_allocations(F &&attempt) {
+    sweep_result r;
+    saved_malloc() = mdlsl_malloc;
+    for (int n = 0; n < 50; ++n) {
+      errors.reports.clear();
+      countdown() = n;
+      mdlsl_malloc = failing_malloc;
+      const int rc = attempt();
+      mdlsl_malloc = saved_malloc();
+      const bool hit = countdown() < 0;
+      countdown() = -1;
+      if (rc == 0) {
+        EXPECT_TRUE(errors.empty());
+        ++r.successes;
+        if (!hit) break;   // nothing left to fail
+      } else {
+        ++r.failures;
+        EXPECT_EQ(errors.reports.size(), 1u);
+        expect_report(1502, 1, "Not enough memory.");
+      }
+    }
+    return r;
+  }
+  static void *(*&saved_malloc())(size_t) {
+    static void *(*hook)(size_t) = nullptr;
+    return hook;
+  }
+  static int &countdown() {
+    static int n = -1;
+    return n;
+  }
+  static void *failing_malloc(size_t n) {
+    if (countdown() >= 0 && countdown()-- == 0) return nullptr;
+    return saved_malloc()(n);
+  }
+
   std::string dir;
 };
 
