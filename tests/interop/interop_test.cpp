@@ -438,6 +438,108 @@ TEST_F(Interop, Examples) {
   }
 }
 
+// Global entities beyond the readers.  CoinMpsIO reads SC bounds but no PI
+// or SI bound, no INDICATORS section and no sets in the SETS form (its own
+// set section has another layout and comes after BOUNDS); CoinLpIO and glpsol know
+// none of the LP file's set lines, partial-integer, semi-continuous and
+// indicator forms, and glpsol's MPS reader none of these sections.  The
+// readers get copies without what they do not know, and what they read is
+// checked: the sets, the semi-continuous column, bounds and rows.
+TEST_F(Interop, GlobalEntitiesAsFarAsReadersGo) {
+  MDLprob p = mdlnewprob("entities");
+  ASSERT_NE(p, nullptr);
+  mdlsetmsglevel_prob(p, 1);
+  MDLvar x = mdlnewvar_prob(p, "x", MDL_CONTINUOUS, 0, 10);
+  MDLvar y = mdlnewvar_prob(p, "y", MDL_CONTINUOUS, 0, 10);
+  MDLvar s = mdlnewvar_prob(p, "s", MDL_SEMICONT, 0, 8);
+  MDLvar r = mdlnewvar_prob(p, "r", MDL_SEMIINT, 0, 20);
+  MDLvar q = mdlnewvar_prob(p, "q", MDL_PARTINT, 0, 50);
+  MDLvar b = mdlnewvar_prob(p, "on", MDL_BINARY, 0, 1);   // glpsol takes "b" for a keyword
+  mdlsetlim(s, 2);
+  mdlsetlim(r, 3);
+  mdlsetlim(q, 5);
+  MDLctr c = mdlnewctr_prob(p, "c", MDL_LEQ);
+  for (MDLvar v : {x, y, s, r, q, b}) mdladdterm(c, v, 1);
+  mdladdterm(c, nullptr, 30);
+  MDLctr ind = mdlnewctr_prob(p, "ind", MDL_GEQ);
+  mdladdterm(ind, x, 1);
+  mdladdterm(ind, nullptr, 4);
+  ASSERT_EQ(mdlsetindicator(ind, 1, b), 0);
+  MDLctr obj = mdlnewctr_prob(p, "obj", MDL_NONBINDING);
+  for (MDLvar v : {x, y, s, r, q, b}) mdladdterm(obj, v, -1);
+  mdlsetobj_prob(p, obj);
+  MDLsos set = mdlnewsos_prob(p, "set", MDL_SOS2);
+  mdladdsosel(set, x, 1);
+  mdladdsosel(set, y, 2);
+  mdladdsosel(set, s, 3);
+  const std::string base = dir + "/entities";
+  ASSERT_EQ(mdlexportprob_prob(p, MDL_FILE_MPS, base.c_str()), 0);
+  ASSERT_EQ(mdlexportprob_prob(p, MDL_FILE_LP, base.c_str()), 0);
+  mdldelprob_prob(p);
+
+  // MPS for CoinMpsIO: without SETS, the PI and SI records and INDICATORS.
+  {
+    std::ifstream in(base + ".mps");
+    std::ofstream out(base + ".coin.mps");
+    std::string line;
+    bool skip = false;
+    while (std::getline(in, line)) {
+      if (line == "INDICATORS" || line == "SETS") skip = true;
+      else if (!line.empty() && line[0] != ' ') skip = false;
+      if (skip || line.rfind(" PI ", 0) == 0 || line.rfind(" SI ", 0) == 0) continue;
+      out << line << '\n';
+    }
+  }
+  CoinMpsIO m;
+  m.messageHandler()->setLogLevel(0);
+  ASSERT_EQ(m.readMps((base + ".coin.mps").c_str(), ""), 0);
+  const int js = m.columnIndex("s"), jq = m.columnIndex("q"), jb = m.columnIndex("on");
+  ASSERT_GE(js, 0);
+  // Semi-continuous, 0 or within [2, 8]: CoinMpsIO answers 2 or 3 (its
+  // codes above 1 are the semi-continuous kinds), never 0 or 1.
+  EXPECT_GE(m.isIntegerOrSemiContinuous(js), 2);
+  EXPECT_EQ(m.getColLower()[js], 2);
+  EXPECT_EQ(m.getColUpper()[js], 8);
+  EXPECT_EQ(m.getColUpper()[jq], 50);   // the partial integer's continuous bounds
+  EXPECT_TRUE(m.isInteger(jb));
+  EXPECT_EQ(m.getColUpper()[jb], 1);
+  const int ri = m.rowIndex("ind");
+  ASSERT_GE(ri, 0);   // the indicator row, as a plain row
+  EXPECT_EQ(m.getRowLower()[ri], 4);
+
+  // LP for CoinLpIO and glpsol: without the set lines, the partial-integer
+  // and semi-continuous sections and the indicator condition.
+  {
+    std::ifstream in(base + ".lp");
+    std::ofstream out(base + ".plain.lp");
+    std::string line;
+    bool skip = false;
+    while (std::getline(in, line)) {
+      if (line == "\\Special Ordered Sets" || line == "Partial Integers" ||
+          line == "Semi Continuous" || line == "Semi Integers")
+        skip = true;
+      else if (line.empty() || line == "Bounds" || line == "End")
+        skip = false;
+      if (skip) continue;
+      const size_t arrow = line.find(" on=1 ->");
+      if (arrow != std::string::npos) line.erase(arrow, 8);
+      out << line << '\n';
+    }
+  }
+  flat_model lp;
+  std::string error;
+  ASSERT_TRUE(read_lp(base + ".plain.lp", lp, error)) << error;
+  EXPECT_EQ(lp.cols.at("s").ub, 8);
+  EXPECT_EQ(lp.cols.at("q").ub, 50);
+  EXPECT_TRUE(lp.cols.at("on").integer);
+  EXPECT_EQ(lp.rows.at("ind").lo, 4);
+  EXPECT_EQ(lp.rows.at("c").hi, 30);
+  double g = 0, relaxed = 0;
+  ASSERT_TRUE(clp_optimum(lp, relaxed));
+  ASSERT_TRUE(glpsol_objective("--lp", base + ".plain.lp", false, 60, glpsol_out(), g, error)) << error;
+  EXPECT_TRUE(close(g, relaxed, optimum_tol)) << g << " vs " << relaxed;
+}
+
 TEST_F(Interop, NetlibModels) {
   const auto list = models("netlib");
   ASSERT_EQ(list.size(), 32u);
