@@ -178,12 +178,12 @@ class Interop : public ::testing::Test {
   }
 
   // Readers know no "Ranges" section: a copy of the LP file without it,
-  // and the lower limits it gives, by row name.
-  static std::map<std::string, double> split_ranges(const std::string &lp,
-                                                    const std::string &stripped) {
+  // and the lower and upper limits it gives, by row name.
+  static std::map<std::string, std::pair<double, double>> split_ranges(
+      const std::string &lp, const std::string &stripped) {
     std::ifstream in(lp);
     std::ofstream out(stripped);
-    std::map<std::string, double> lower;
+    std::map<std::string, std::pair<double, double>> limits;
     std::string line;
     bool in_ranges = false;
     while (std::getline(in, line)) {
@@ -193,21 +193,17 @@ class Interop : public ::testing::Test {
       }
       if (in_ranges && line.empty()) continue;
       if (in_ranges && line != "End") {
-        char name[256];
-        double lo = 0, up = 0;
-        char lo_text[64], up_text[64];
-        if (sscanf(line.c_str(), "%63s <= %255s <= %63s", lo_text, name, up_text) == 3) {
-          lo = strtod(lo_text, nullptr);
-          up = strtod(up_text, nullptr);
-          (void)up;
-          lower[name] = lo;
-        }
+        char name[256], lo_text[64], up_text[64];
+        if (sscanf(line.c_str(), "%63s <= %255s <= %63s", lo_text, name, up_text) == 3)
+          limits[name] = {strtod(lo_text, nullptr), strtod(up_text, nullptr)};
+        else
+          ADD_FAILURE() << "not a range line: " << line;
         continue;
       }
       in_ranges = false;
       out << line << '\n';
     }
-    return lower;
+    return limits;
   }
 
   static void without_empty_lines(const std::string &from, const std::string &to) {
@@ -269,12 +265,15 @@ class Interop : public ::testing::Test {
     for (auto &[name, row] : relaxed.rows)
       if (row.lo > -inf && row.hi < inf && row.lo != row.hi) {
         EXPECT_EQ(lower.count(name), 1u) << "no range line for " << name;
-        if (lower.count(name) != 0) EXPECT_TRUE(close(lower.at(name), row.lo, 1e-15)) << name;
+        if (lower.count(name) != 0) {
+          EXPECT_TRUE(close(lower.at(name).first, row.lo, 1e-15)) << name;
+          EXPECT_TRUE(close(lower.at(name).second, row.hi, 1e-15)) << name;
+        }
         row.lo = -inf;
       }
     const auto lpdiff = compare(relaxed, lp, 1e-15);
     EXPECT_TRUE(lpdiff.empty()) << "LP: " << lpdiff.front();
-    for (const auto &[name, lo] : lower) lp.rows[name].lo = lo;
+    for (const auto &[name, limits] : lower) lp.rows[name].lo = limits.first;
     ASSERT_TRUE(clp_optimum(lp, opt));
     EXPECT_TRUE(close(opt, ref_opt, optimum_tol)) << "LP by Clp " << opt << " vs " << ref_opt;
 
@@ -412,7 +411,7 @@ TEST_F(Interop, Examples) {
     }
     ASSERT_TRUE(read_lp(base + ".noranges.lp", lp, error)) << error;
     lp.maximise = e.maximise;
-    for (const auto &[name, lo] : lower) lp.rows[name].lo = lo;
+    for (const auto &[name, limits] : lower) lp.rows[name].lo = limits.first;
     EXPECT_TRUE(compare(mps, lp, 1e-15).empty());
     double opt = 0;
     ASSERT_TRUE(clp_optimum(mps, opt));
