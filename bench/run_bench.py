@@ -6,7 +6,7 @@ and (with --readme) writes them into bench/README.md between its markers.
 Parts (all by default):
   check   the generated models stated by every variant give one LP optimum
   build   build + load of p-median and transport models: library, floor, peer
-  micro   Google Benchmark micro-benchmarks (term lists, names, pools)
+  micro   Google Benchmark micro-benchmarks (term lists, names, pools, expressions)
   solve   reference models solved through the library and by clp / cbc
 """
 import argparse
