@@ -312,7 +312,8 @@ class Interop : public ::testing::Test {
 // The examples write their models when given a file base.  Their optima
 // are known independently (each example states how): transport 345,
 // production 36 (maximised), knapsack 42 (maximised, binaries), portfolio
-// 1.4/59 (a convex QP).
+// 1.4/59 (a convex QP), workshop 1850 (maximised).  The version example
+// states no model.
 struct example {
   const char *name;
   bool maximise;
@@ -381,7 +382,8 @@ TEST_F(Interop, Examples) {
   const example list[] = {{"transport", false, false, false, 345},
                           {"production", true, false, false, 36},
                           {"knapsack", true, true, false, 42},
-                          {"portfolio", false, false, true, 1.4 / 59}};
+                          {"portfolio", false, false, true, 1.4 / 59},
+                          {"workshop", true, false, false, 1850}};
   for (const example &e : list) {
     SCOPED_TRACE(e.name);
     const std::string base = dir + "/" + e.name;
