@@ -10,7 +10,7 @@
 #define NP 3
 #define NR 3
 
-int main(void) {
+int main(int argc, char **argv) {
   static const char *products[NP] = {"chair", "table", "desk"};
   static const char *resources[NR] = {"wood", "labour", "finishing"};
   static const double price[NP] = {40, 60, 85};
@@ -53,6 +53,10 @@ int main(void) {
   mdlfree2str(text);
 
   if (mdlmaxim_prob(prob, "") != 0) return 1;
+  /* Given a file base, the model is also written as an LP and an MPS file. */
+  if (argc > 1 && (mdlexportprob_prob(prob, MDL_FILE_LP, argv[1]) != 0 ||
+                   mdlexportprob_prob(prob, MDL_FILE_MPS, argv[1]) != 0))
+    return 1;
   double value = mdlgetobjval_prob(prob);
   printf("LP status %d, profit %g (expression %g)\n", mdlgetlpstat_prob(prob), value,
          mdlevalexpr(profit));
