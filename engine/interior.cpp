@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <mutex>
 #include <unordered_map>
 #include <vector>
 
@@ -298,6 +299,10 @@ relaxation_bounds model_bounds(const kvsl_prob *prob) {
 
 void solve_relaxation(const kvsl_prob *prob, const relaxation_bounds &bounds, const double *start,
                       relaxation_result &out) {
+  // The sequential MUMPS build under Ipopt keeps process-wide state, so
+  // interior-point solves of different problems take turns.
+  static std::mutex backend_mutex;
+  std::lock_guard<std::mutex> lock(backend_mutex);
   out = relaxation_result();
   Ipopt::SmartPtr<quadratic_nlp> nlp = new quadratic_nlp(prob, bounds, start);
   Ipopt::SmartPtr<Ipopt::IpoptApplication> app = IpoptApplicationFactory();

@@ -484,6 +484,8 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  * right-hand side, with the signs of an LP) and reduced costs
  * (c + Qx - J'y, J the rows' Jacobian at x), but no simplex basis; the
  * iteration count (attribute 1021) is the interior-point iterations.
+ * Interior-point solves of different problems take turns (one at a time
+ * in the process): the sparse factorisation under it keeps global state.
  *
  * Convexity is checked before every solve.  A form of n columns counts as
  * positive semidefinite when its smallest eigenvalue is above -1e-7 n times
