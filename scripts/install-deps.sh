@@ -6,7 +6,7 @@ set -e
 pkgs="build-essential cmake pkg-config gettext libgtest-dev libgmock-dev googletest
       libbenchmark-dev coinor-libcbc-dev coinor-libclp-dev coinor-libcgl-dev
       coinor-libosi-dev coinor-libcoinutils-dev coinor-cbc coinor-clp binutils
-      zlib1g-dev"
+      zlib1g-dev coinor-libipopt-dev"
 case "$1" in
   "") ;;
   # The peer of the model-building comparison runs under the system
