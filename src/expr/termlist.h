@@ -15,9 +15,9 @@ namespace kvtl {
 constexpr int max_pending = 255;
 constexpr int max_pending_before_set = 254;
 
-// A run of at least this many nodes lets its tail grow to about the run's
-// length (twice it), so that merging a full tail costs a constant per operation
-// instead of a walk of the whole run every 255 operations.
+// A run of at least this many nodes lets its tail grow to twice the run's
+// length, so that merging a full tail costs a constant per operation instead
+// of a walk of the whole run every 255 operations.
 constexpr int long_run = 4096;
 
 // The number of nodes the tail of `list` may hold (add-term).
