@@ -240,10 +240,10 @@ void BM_ApiAddTermRepeatedLast(benchmark::State &state) {
 }  // namespace
 
 BENCHMARK(BM_ApiAddTermAscending)->Arg(1000)->Arg(100000);
-BENCHMARK(BM_ApiAddTermRandomStrip)->Arg(1000)->Arg(10000)->Arg(100000);
+BENCHMARK(BM_ApiAddTermRandomStrip)->Arg(1000)->Arg(10000)->Arg(100000)->Arg(1000000);
 BENCHMARK(BM_ApiAddTermRepeatedLast)->Arg(100000);
 BENCHMARK(BM_AddAscending)->Arg(1000)->Arg(100000);
-BENCHMARK(BM_AddRandom)->Arg(1000)->Arg(10000)->Arg(100000);
+BENCHMARK(BM_AddRandom)->Arg(1000)->Arg(10000)->Arg(100000)->Arg(1000000);
 BENCHMARK(BM_AddRandomRepeats)->Arg(1000)->Arg(100000);
 BENCHMARK(BM_AddRepeatedLast)->Arg(100000);
 BENCHMARK(BM_QuadAddAscending)->Arg(100)->Arg(450);

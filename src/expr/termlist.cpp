@@ -137,7 +137,7 @@ void push_pending(mdl_termlst *l, Node *newest, Node *oldest, int count) {
   Node *last = last_of<Node>(l);
   oldest->next = last->next;
   last->next = newest;
-  l->pending = static_cast<int16_t>(l->pending + count);
+  l->pending += count;
 }
 
 // Pending add: one node (a, x) in the tail.
@@ -176,46 +176,35 @@ int append_set(mdl_termlst *l, const Node &t) {
 
 template <class Node>
 struct sort_entry {
-  Node *node;   // null in the sentinel
-  int order;    // insertion number, 0 for the oldest pending node
+  decltype(key_of(std::declval<const Node &>())) key;
+  int order;    // insertion number within the batch, 0 for the oldest
+  Node *node;
 };
 
-// Merge the pending tail into the run.  Operations on one variable are
-// applied in the order they were made, starting from the run's coefficient,
-// so the result is bit for bit that of applying them one by one.  Nodes of
-// consumed entries go back to the pool; one of them is reused when a term is
-// new to the run, so the sort never allocates.  Returns 0 when nothing was
-// pending, else 1; the list may be deleted.
+// Merge `n` entries, sorted by variable and insertion number, into the run.
+// Operations on one variable are applied in the order they were made,
+// starting from the run's coefficient, so the result is bit for bit that of
+// applying them one by one.  Nodes of consumed entries go back to the pool;
+// one of them is reused when a term is new to the run, so the merge never
+// allocates.  With `count`, returns the number of nodes of the run after the
+// merge (walking it to its end), else 0.
 template <class Node>
-int sort_list(mdl_termlst **lp) {
-  mdl_termlst *l = *lp;
-  if (l == nullptr || l->pending <= 0) return 0;
-  MDLprob prob = list_problem<Node>(l);
-  Node *last = last_of<Node>(l);
-  sort_entry<Node> entries[max_pending + 1];
-  int n = 0;
-  for (Node *p = last->next; p != nullptr && n < max_pending; p = p->next) entries[n++] = {p, 0};
-  last->next = nullptr;
-  // The tail runs newest first.
-  for (int i = 0; i < n; ++i) entries[i].order = n - 1 - i;
-  std::sort(entries, entries + n, [](const sort_entry<Node> &a, const sort_entry<Node> &b) {
-    auto c = key_of(*a.node) <=> key_of(*b.node);
-    return c < 0 || (c == 0 && a.order < b.order);
-  });
-  entries[n] = {nullptr, 0};
-
+long merge_entries(mdl_termlst *l, MDLprob prob, const sort_entry<Node> *entries, int n,
+                   bool count) {
+  long before = 0;   // run nodes before `cur`
   Node *prev = nullptr;
   Node *cur = first_of<Node>(l);
-  for (int i = 0; entries[i].node != nullptr;) {
-    const auto key = key_of(*entries[i].node);
+  for (int i = 0; i < n;) {
+    const auto key = entries[i].key;
     while (cur != nullptr && key_of(*cur) < key) {
       prev = cur;
       cur = cur->next;
+      ++before;
     }
     const bool present = cur != nullptr && key_of(*cur) == key;
     double sum = present ? cur->coef : 0.0;
     int end = i;
-    for (; entries[end].node != nullptr && key_of(*entries[end].node) == key; ++end) {
+    for (; end < n && entries[end].key == key; ++end) {
       double c = entries[end].node->coef;
       sum = c == 0 ? 0.0 : sum + c;   // a zero entry is a reset marker
     }
@@ -235,13 +224,64 @@ int sort_list(mdl_termlst **lp) {
       if (prev != nullptr) prev->next = keep; else l->first = keep;
       if (cur == nullptr) l->last = keep;
       prev = keep;
+      ++before;
       first_free = i + 1;
     }
     for (int k = first_free; k < end; ++k) free_node(prob, entries[k].node);
     i = end;
   }
+  if (!count) return 0;
+  for (; cur != nullptr; cur = cur->next) ++before;
+  return before;
+}
+
+// Merge the pending tail into the run, in batches of the oldest operations
+// first.  A tail longer than the stack array is sorted in one batch in a
+// temporary array from the allocator hook; when that cannot be had, batches
+// of the stack array's size give the same result, only more slowly.  With
+// `resize` (a full tail), the tail limit is set from the run's new length.
+// Returns 0 when nothing was pending, else 1; the list may be deleted.
+template <class Node>
+int sort_list(mdl_termlst **lp, bool resize = false) {
+  mdl_termlst *l = *lp;
+  if (l == nullptr || l->pending <= 0) return 0;
+  MDLprob prob = list_problem<Node>(l);
+  Node *last = last_of<Node>(l);
+  Node *tail = last->next;
+  last->next = nullptr;
+  sort_entry<Node> stack[max_pending];
+  sort_entry<Node> *entries = stack;
+  int capacity = max_pending;
+  if (l->pending > max_pending) {
+    auto *heap = static_cast<sort_entry<Node> *>(
+        mdlsl_malloc(static_cast<size_t>(l->pending) * sizeof(sort_entry<Node>)));
+    if (heap != nullptr) {
+      entries = heap;
+      capacity = l->pending;
+    }
+  }
+  // The tail runs newest first: turn it round.
+  Node *oldest = nullptr;
+  while (tail != nullptr) {
+    Node *next = tail->next;
+    tail->next = oldest;
+    oldest = tail;
+    tail = next;
+  }
+  long run = 0;
+  while (oldest != nullptr) {
+    int n = 0;
+    for (; oldest != nullptr && n < capacity; oldest = oldest->next, ++n)
+      entries[n] = {key_of(*oldest), n, oldest};
+    std::sort(entries, entries + n, [](const sort_entry<Node> &a, const sort_entry<Node> &b) {
+      return a.key < b.key || (a.key == b.key && a.order < b.order);
+    });
+    run = merge_entries<Node>(l, prob, entries, n, resize && oldest == nullptr);
+  }
+  if (entries != stack) mdlsl_free(entries);
   l->pending = 0;
   l->resets = 0;
+  if (resize) l->room = run < long_run ? 0 : static_cast<uint16_t>(std::min(run / 128, 65535L));
   release_leading_zeros<Node>(lp, prob);
   return 1;
 }
@@ -266,8 +306,8 @@ int add_term(mdl_termlst **lp, const Node &t) {
       return 1;
     }
     if (key < key_of(*first)) return insert_before_first(l, t);
-    if (l->pending < max_pending) return append_add(l, t);
-    sort_list<Node>(lp);
+    if (l->pending < tail_limit(l)) return append_add(l, t);
+    sort_list<Node>(lp, true);
   }
 }
 
@@ -294,8 +334,8 @@ int set_term(mdl_termlst **lp, const Node &t) {
       return 1;
     }
     if (key < key_of(*first)) return a == 0 ? 0 : insert_before_first(l, t);
-    if (l->pending < max_pending_before_set) return append_set(l, t);
-    sort_list<Node>(lp);
+    if (l->pending < tail_limit(l) - 1 && l->resets < INT16_MAX - 1) return append_set(l, t);
+    sort_list<Node>(lp, true);
   }
 }
 
@@ -357,6 +397,7 @@ int copy_list(mdl_termlst **target, const mdl_termlst *src) {
   l->first = head;
   l->pending = src->pending;
   l->resets = src->resets;
+  l->room = src->room;
   *target = l;
   return 1;
 }
@@ -461,7 +502,7 @@ int merge_lists(mdl_termlst **tp, mdl_termlst *s) {
     }
     tail_end->next = t_tail;
   }
-  t->pending = static_cast<int16_t>(total_pending);
+  t->pending = total_pending;
   free_chain(prob, spare);
   if (t_last == nullptr || total_pending == 0) release_leading_zeros<Node>(tp, prob);
   return 1;
@@ -487,7 +528,7 @@ int add_list(mdl_termlst **tp, mdl_termlst **sp) {
     sort_list<Node>(tp);
     if (*tp == nullptr) return copy_list<Node>(tp, *sp);
   }
-  if ((*sp)->resets != 0 || (*tp)->pending + (*sp)->pending > max_pending) {
+  if ((*sp)->resets != 0 || (*tp)->pending + (*sp)->pending > tail_limit(*tp)) {
     sort_list<Node>(sp);
     if (*sp == nullptr) return 0;
   }

@@ -15,6 +15,16 @@ namespace kvtl {
 constexpr int max_pending = 255;
 constexpr int max_pending_before_set = 254;
 
+// A run of at least this many nodes lets its tail grow to twice the run's
+// length, so that merging a full tail costs a constant per operation instead
+// of a walk of the whole run every 255 operations.
+constexpr int long_run = 4096;
+
+// The number of nodes the tail of `list` may hold (add-term).
+inline int tail_limit(const mdl_termlst *list) {
+  return list->room == 0 ? max_pending : static_cast<int>(list->room) * 256;
+}
+
 // A new empty header from the problem's pool, holding one reference on the
 // problem; null when the pool has no memory (error 1502 reported).  A header
 // must receive its first node before list operations see it: a non-null list

@@ -29,8 +29,10 @@ struct mdl_qterm {
 struct mdl_termlst {
   void *first;       // first node
   void *last;        // largest variable of the sorted run; the tail follows
-  int16_t pending;   // nodes in the unsorted tail
+  int32_t pending;   // nodes in the unsorted tail
   int16_t resets;    // tail nodes appended by set-term
+  uint16_t room;     // tail limit of a long run, in units of 256 (0: the
+                     // default limit); set when a full tail is merged
 };
 
 // Terms plus constant, related by a constraint type to 0.

@@ -9,6 +9,7 @@
 #include <stdio.h>
 #include <string.h>
 
+#include <bit>
 #include <new>
 #include <string>
 
@@ -16,6 +17,11 @@
 #include "problem/problem.h"
 
 namespace kvtl {
+
+// The hash reads names a word at a time as little-endian words, and the
+// stored hash sits in what would otherwise be padding after the word.
+static_assert(std::endian::native == std::endian::little);
+static_assert(sizeof(mdl_dict_entry) == 40);
 
 namespace {
 
@@ -62,7 +68,7 @@ bool grow_dictionary(MDLprob prob) {
     }
     for (mdl_dict_entry *e = reversed, *next; e != nullptr; e = next) {
       next = e->next;
-      size_t nb = name_hash(e->name) & (new_count - 1);
+      size_t nb = e->hash & (new_count - 1);
       e->next = buckets[nb];
       buckets[nb] = e;
     }
@@ -93,11 +99,18 @@ const char *ring_format(const char **cut, const char *format, va_list ap) {
 
 uint32_t name_hash(const char *name) {
   uint32_t h = 0;
-  const auto *p = reinterpret_cast<const unsigned char *>(name);
+  const char *p = name;
   size_t n = strlen(name);
-  for (size_t i = 0; i < n; i += 4) {
+  // Whole groups are read a word at a time (little-endian: first byte
+  // lowest); the short last group is zero-padded.
+  for (; n >= 4; n -= 4, p += 4) {
+    uint32_t w;
+    memcpy(&w, p, 4);
+    h = wang_mix(h, w);
+  }
+  if (n > 0) {
     uint32_t w = 0;
-    for (size_t k = 0; k < 4 && i + k < n; ++k) w |= static_cast<uint32_t>(p[i + k]) << (8 * k);
+    memcpy(&w, p, n);
     h = wang_mix(h, w);
   }
   return h;
@@ -136,7 +149,8 @@ KVTL_API mdl_dict_entry *mdlfindname(MDLprob prob, const char *name, int flags) 
   }
   uint32_t hash = name_hash(name);
   mdl_dict_entry *first = prob->dict[hash & static_cast<uint32_t>(prob->dictsize - 1)];
-  while (first != nullptr && strcmp(first->name, name) != 0) first = first->next;
+  while (first != nullptr && (first->hash != hash || strcmp(first->name, name) != 0))
+    first = first->next;
 
   if (first != nullptr) {
     if (lookup_only && kind == 0) return first;
@@ -147,6 +161,7 @@ KVTL_API mdl_dict_entry *mdlfindname(MDLprob prob, const char *name, int flags) 
     if (e == nullptr) return nullptr;
     mdl_dict_entry **bucket = &prob->dict[hash & static_cast<uint32_t>(prob->dictsize - 1)];
     e->word = kind;
+    e->hash = hash;
     e->name = first->name;
     e->samename = first;
     e->next = *bucket;
@@ -165,6 +180,7 @@ KVTL_API mdl_dict_entry *mdlfindname(MDLprob prob, const char *name, int flags) 
   }
   mdl_dict_entry **bucket = &prob->dict[hash & static_cast<uint32_t>(prob->dictsize - 1)];
   e->word = kind;
+  e->hash = hash;
   e->name = copy;
   e->next = *bucket;
   *bucket = e;

@@ -13,6 +13,8 @@
 // One dictionary entry: a name used by one kind of entity.
 struct mdl_dict_entry {
   uint32_t word;                // bits 0-2 kind, bits 3-31 suffix counter
+  uint32_t hash;                // name_hash of the name: probes and doubling
+                                // compare and rehash without reading names
   const char *name;             // shared by every entry of the same name
   void *entity;                 // null while only reserved
   mdl_dict_entry *next;         // next in bucket

@@ -589,7 +589,16 @@ int generator::run() {
       }))
     return 1;
   if (!fill_columns() || !fill_rows() || !build_sets() || !build_quadratic_rows()) return 1;
-  if (!load() || !load_extras() || !send_names()) return 1;
+  if (!load() || !load_extras()) return 1;
+  // The engine holds its own copy now: give the arrays back before the
+  // names take their buffer, which lowers the peak of a large load.
+  a_ = load_arrays{};
+  arrays_block_.reset();
+  qrows_block_.reset();
+  sets_block_.reset();
+  counts_block_.reset();
+  counts_ = nullptr;
+  if (!send_names()) return 1;
 
   prob_->ncols = ncols_;
   prob_->nnz = nnz_;

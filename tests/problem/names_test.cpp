@@ -194,6 +194,37 @@ TEST_F(Names, TableDoublesPast1024NamesKeepingOrder) {
   EXPECT_TRUE(cap.msgs.empty());
 }
 
+// Every entry, in whatever bucket doubling left it, is in the bucket of its
+// name's hash and carries that hash; a same-name entry of another kind
+// carries its first entry's hash; names differing only past a shared
+// 4-byte group or in a short tail stay apart.
+TEST_F(Names, EntriesKeepTheirNamesHashThroughDoubling) {
+  char buf[32];
+  for (int i = 0; i < 5000; ++i) {
+    snprintf(buf, sizeof buf, "abcd%d", i);
+    ASSERT_NE(mdlnewvar_prob(p, buf, 0, 0, 1), nullptr);
+    if (i % 7 == 0) ASSERT_NE(mdlnewctr_prob(p, buf, MDL_LEQ), nullptr);
+  }
+  EXPECT_EQ(p->dictsize, 8192);
+  int entries = 0;
+  for (int b = 0; b < p->dictsize; ++b)
+    for (mdl_dict_entry *e = p->dict[b]; e != nullptr; e = e->next) {
+      ++entries;
+      EXPECT_EQ(e->hash, kvtl::name_hash(e->name)) << e->name;
+      EXPECT_EQ(e->hash & static_cast<uint32_t>(p->dictsize - 1), static_cast<uint32_t>(b)) << e->name;
+    }
+  EXPECT_EQ(entries, 5000 + 715);
+  for (int i = 0; i < 5000; i += 13) {
+    snprintf(buf, sizeof buf, "abcd%d", i);
+    MDLvar v = static_cast<MDLvar>(mdlgetbyname_prob(p, buf, MDL_KIND_VAR));
+    ASSERT_NE(v, nullptr) << buf;
+    EXPECT_STREQ(mdlgetvarname(v), buf);
+  }
+  EXPECT_EQ(mdlgetbyname_prob(p, "abcd", MDL_KIND_VAR), nullptr);
+  EXPECT_EQ(mdlgetbyname_prob(p, "abcd5000", MDL_KIND_VAR), nullptr);
+  EXPECT_TRUE(cap.msgs.empty());
+}
+
 TEST_F(Names, TenThousandNamesWithSuffixChains) {
   std::map<std::string, MDLvar> byname;
   char buf[32];
