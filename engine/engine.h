@@ -87,6 +87,9 @@ struct indicator {
   int row, col, flag;
 };
 
+// Search state of the infeasible subsystems (iis.cpp).
+struct iis_state;
+
 // Ranging results of the current LP solution.
 struct ranging {
   std::vector<double> row_upact, row_loact, row_uup, row_udn;
@@ -143,6 +146,7 @@ struct kvsl_prob {
   double mip_obj = 0.0;
   double best_bound = 0.0;
   std::unique_ptr<kvsl::ranging> ranges;
+  std::shared_ptr<kvsl::iis_state> iis;  // infeasible subsystems found
 
   kvsl_prob();
   ~kvsl_prob();
@@ -167,6 +171,10 @@ double dblcontrol(const kvsl_prob *prob, int control);
 double to_backend(double v);
 // Interface value (+-1e20) for a backend bound.
 double from_backend(double v);
+
+// Number of irreducible subsystems found so far; can IIS 0 be read at once?
+int iis_found(const kvsl_prob *prob);
+bool iis_available(const kvsl_prob *prob);
 
 // Forget every solution, status and ranging result (after a change).
 void drop_solutions(kvsl_prob *prob);

@@ -279,7 +279,25 @@ int KVSLreadslxsol(KVSLprob prob, const char *file, const char *flags);
  * (free non-basic); nrows row statuses and ncols column statuses. */
 int KVSLgetbasis(KVSLprob prob, int rowstat[], int colstat[]);
 int KVSLloadbasis(KVSLprob prob, const int rowstat[], const int colstat[]);
-/* *count: the number of IIS found so far, -1 when no search has run. */
+/*
+ * Infeasible subsystems (IIS) of the loaded LP, or of a MIP's relaxation.
+ * Members are rows and single column bounds (a lower or an upper bound).
+ * IIS n >= 1 is irreducible: its rows and bounds alone (every other row free,
+ * every other bound infinite) are infeasible, and leaving out any one member
+ * makes them feasible.  IIS 0 is a quick approximation: the rows and bounds
+ * that the optimal duals of the elastic problem (minimise the total
+ * violation of the rows with the bounds kept) prove infeasible together;
+ * it is infeasible but may be reducible.  Further subsystems come from a
+ * bounded search that leaves out members of those found (at most 50
+ * subsystems, 400 subproblems or 20 seconds).  Indicator rows never take
+ * part.  A model with entities whose relaxation is feasible (only the
+ * integer model infeasible) fails with KVSL_ERR_UNSUPPORTED.  Control 8035
+ * silences the line logged for each subsystem found ("IIS n: r rows, b
+ * bounds").  A new load or optimisation drops the subsystems found (they
+ * stay readable after changes, as solutions do).
+ *
+ * *count: the number of IIS found so far, -1 when no search has run.
+ */
 int KVSLiisstatus(KVSLprob prob, int *count);
 /* Find every IIS; the count is then attribute KVSL_ATTR_NUMIIS. */
 int KVSLiisall(KVSLprob prob);
@@ -298,6 +316,16 @@ int KVSLiisnext(KVSLprob prob, int *status);
  */
 int KVSLgetiisdata(KVSLprob prob, int num, int *nrows, int *ncols,
                    int rowind[], int colind[], char rowtype[]);
+/*
+ * Layout of the data of IIS num: rows in increasing row number, their type
+ * letters the loaded row types ('L', 'G', 'E', 'R'); then the bounds in
+ * increasing column number, a column whose two bounds both belong to the
+ * IIS appearing twice (lower first).  bndtype (ncols letters, may be NULL)
+ * receives 'L' for a lower and 'U' for an upper bound in colind's order;
+ * *flags (may be NULL) receives 0 for a subsystem of the LP or relaxation.
+ * A num without data fails with KVSL_ERR_INDEX.
+ */
+int KVSLgetiisbounds(KVSLprob prob, int num, char bndtype[], int *flags);
 
 /* ---- MIP solutions and cuts ---------------------------------------------- */
 
