@@ -14,7 +14,7 @@
 #include <CoinFinite.hpp>
 #include <CoinPackedMatrix.hpp>
 
-#include "engine.h"
+#include "iis.h"
 
 namespace kvsl {
 
@@ -25,15 +25,6 @@ namespace {
 constexpr int max_subsystems = 50;
 constexpr int max_explored = 400;
 constexpr double max_seconds = 20.0;
-
-// Members are numbered: row i is i, the lower bound of column j is
-// nrows + 2j, its upper bound nrows + 2j + 1.
-struct numbering {
-  int nrows, ncols;
-  bool is_row(int m) const { return m < nrows; }
-  int col(int m) const { return (m - nrows) / 2; }
-  bool upper(int m) const { return (m - nrows) % 2 == 1; }
-};
 
 // The loaded LP with a zero objective, whose rows and bounds can be switched
 // on and off to test subsystems for feasibility.  A zero objective makes
@@ -192,10 +183,11 @@ std::vector<int> without(const std::vector<int> &all, const std::vector<int> &re
 
 // The search state of one problem, kept until the problem changes.
 struct iis_state {
-  explicit iis_state(const kvsl_prob *prob)
-      : lp(prob), all(lp.all_members()),
-        has_globals(!prob->entities.empty() || !prob->settype.empty()) {}
+  explicit iis_state(const kvsl_prob *loaded)
+      : prob(loaded), lp(loaded), all(lp.all_members()),
+        has_globals(!loaded->entities.empty() || !loaded->settype.empty()) {}
 
+  const kvsl_prob *prob;
   subsystem_lp lp;
   std::vector<int> all;                  // every member that can take part
   bool has_globals;                      // entities or sets are loaded
@@ -203,6 +195,7 @@ struct iis_state {
   bool approx_done = false;
   std::vector<int> approx;               // IIS 0: the elastic filter's set
   std::vector<std::vector<int>> found;   // IIS 1, 2, ...: irreducible sets
+  std::vector<int> flags;                // their flags (iis.h)
   std::set<std::vector<int>> seen;
   std::deque<std::vector<int>> pending;  // removal sets still to explore
   std::set<std::vector<int>> queued;
@@ -232,9 +225,10 @@ struct iis_state {
 
   bool started_any() const { return started || approx_done; }
 
-  // IIS 0: the elastic filter's subsystem, not made irreducible.
+  // IIS 0: the elastic filter's subsystem, not made irreducible (none
+  // when only the integer model is infeasible).
   void compute_approx() {
-    approx = candidate(all);
+    if (!integer_only()) approx = candidate(all);
     approx_done = true;
   }
 
@@ -257,8 +251,21 @@ struct iis_state {
            t > max_seconds;
   }
 
+  // Only the integer model is infeasible: one subsystem, from the deletion
+  // filter over MIP solves.
+  bool next_integer() {
+    if (started) return false;
+    started = true;
+    mip_iis r = integer_deletion_filter(prob, all);
+    if (r.members.empty()) return false;
+    found.push_back(std::move(r.members));
+    flags.push_back(r.flags);
+    return true;
+  }
+
   // Find the next irreducible subsystem not found before; false at the end.
   bool next() {
+    if (integer_only()) return next_integer();
     if (!started) {
       started = true;
       pending.push_back({});
@@ -280,6 +287,7 @@ struct iis_state {
       }
       if (seen.insert(iis).second) {
         found.push_back(std::move(iis));
+        flags.push_back(0);
         return true;
       }
     }
@@ -322,7 +330,6 @@ void report(KVSLprob prob, int num, const std::vector<int> &members) {
 
 // Find the next subsystem of a started search; *status 1 at the end.
 int step_next(KVSLprob prob, kvsl::iis_state &st, int *status) {
-  if (st.integer_only()) return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
   bool got = !st.ended && st.next();
   if (got) report(prob, static_cast<int>(st.found.size()), st.found.back());
   if (status != nullptr) *status = got ? 0 : 1;
@@ -371,7 +378,6 @@ KVSL_EXPORT int KVSLiisfirst(KVSLprob prob, int mode, int *status) {
   return guarded(prob, [&] {
     kvsl::iis_state &st = fresh_state(prob);
     if (mode == 1) return step_next(prob, st, status);
-    if (st.integer_only()) return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
     st.compute_approx();
     if (status != nullptr) *status = st.approx.empty() ? 1 : 0;
     return 0;
@@ -414,7 +420,7 @@ KVSL_EXPORT int KVSLgetiisbounds(KVSLprob prob, int num, char bndtype[], int *fl
     int r = prob->lp->numberRows(), nc = 0;
     for (int m : *set)
       if (m >= r && bndtype != nullptr) bndtype[nc++] = (m - r) % 2 == 1 ? 'U' : 'L';
-    if (flags != nullptr) *flags = 0;
+    if (flags != nullptr) *flags = num == 0 ? 0 : prob->iis->flags[static_cast<size_t>(num - 1)];
     return 0;
   });
 }

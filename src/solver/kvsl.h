@@ -291,7 +291,11 @@ int KVSLloadbasis(KVSLprob prob, const int rowstat[], const int colstat[]);
  * bounded search that leaves out members of those found (at most 50
  * subsystems, 400 subproblems or 20 seconds).  Indicator rows never take
  * part.  A model with entities whose relaxation is feasible (only the
- * integer model infeasible) fails with KVSL_ERR_UNSUPPORTED.  Control 8035
+ * integer model infeasible) has at most one subsystem, found by a deletion
+ * filter whose subproblems are MIP solves of rows and bounds (entities and
+ * sets always kept) under a time limit of 5 seconds each (less when
+ * control 7020 is smaller) and 30 seconds in all; it is flagged (see
+ * KVSLgetiisbounds) and has no IIS 0.  Control 8035
  * silences the line logged for each subsystem found ("IIS n: r rows, b
  * bounds").  A new load or optimisation drops the subsystems found (they
  * stay readable after changes, as solutions do).
@@ -322,7 +326,10 @@ int KVSLgetiisdata(KVSLprob prob, int num, int *nrows, int *ncols,
  * increasing column number, a column whose two bounds both belong to the
  * IIS appearing twice (lower first).  bndtype (ncols letters, may be NULL)
  * receives 'L' for a lower and 'U' for an upper bound in colind's order;
- * *flags (may be NULL) receives 0 for a subsystem of the LP or relaxation.
+ * *flags (may be NULL) receives 0 for a subsystem of the LP or relaxation;
+ * 1 for one found with MIP solves (only the integer model infeasible), plus
+ * 2 when a subproblem stayed undecided within its time limit, so that the
+ * subsystem is infeasible but not proved irreducible.
  * A num without data fails with KVSL_ERR_INDEX.
  */
 int KVSLgetiisbounds(KVSLprob prob, int num, char bndtype[], int *flags);

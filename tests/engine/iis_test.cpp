@@ -16,6 +16,7 @@ namespace {
 
 // One subsystem as read from the engine: rows and bounds ('L' or 'U').
 struct subsystem {
+  int flags = -1;
   std::vector<int> rows;
   std::vector<std::pair<int, char>> bounds;
   size_t size() const { return rows.size() + bounds.size(); }
@@ -31,16 +32,16 @@ subsystem read_subsystem(KVSLprob p, int num) {
   std::vector<int> rows(static_cast<size_t>(nr)), cols(static_cast<size_t>(nc));
   std::string types(static_cast<size_t>(nr), '?'), bnd(static_cast<size_t>(nc), '?');
   EXPECT_EQ(KVSLgetiisdata(p, num, &nr, &nc, rows.data(), cols.data(), types.data()), 0);
-  int flags = -1;
-  EXPECT_EQ(KVSLgetiisbounds(p, num, bnd.data(), &flags), 0);
-  EXPECT_EQ(flags, 0);
+  EXPECT_EQ(KVSLgetiisbounds(p, num, bnd.data(), &s.flags), 0);
   s.rows = rows;
   for (int k = 0; k < nc; ++k) s.bounds.emplace_back(cols[static_cast<size_t>(k)], bnd[static_cast<size_t>(k)]);
   return s;
 }
 
 // Solve the model restricted to the given rows and bounds (every other row
-// left out, every other bound infinite, no objective): the LP status.
+// left out, every other bound infinite, no objective): the LP status, or
+// for a model with integer columns the MIP status as KVSL_LP_INFEAS or
+// KVSL_LP_OPTIMAL.
 int solve_restricted(const mps_model &m, const std::set<int> &rows,
                      const std::set<std::pair<int, char>> &bounds) {
   mps_model r;
@@ -68,6 +69,15 @@ int solve_restricted(const mps_model &m, const std::set<int> &rows,
   }
   KVSLprob q = nullptr;
   EXPECT_EQ(KVSLcreateprob(&q), 0);
+  if (!m.enttype.empty()) {
+    r.enttype = m.enttype;
+    r.entcol = m.entcol;
+    EXPECT_EQ(load_mps(q, r, true), 0);
+    EXPECT_EQ(KVSLmipoptimize(q, ""), 0);
+    int mip = int_attr(q, KVSL_ATTR_MIPSTATUS);
+    EXPECT_EQ(KVSLdestroyprob(q), 0);
+    return mip == KVSL_MIP_INFEAS ? KVSL_LP_INFEAS : mip == KVSL_MIP_OPTIMAL ? KVSL_LP_OPTIMAL : -1;
+  }
   EXPECT_EQ(load_mps(q, r, false), 0);
   // The primal simplex without presolve decides: presolve's own test calls
   // nearly infeasible systems infeasible, and the dual simplex can call a
@@ -138,7 +148,7 @@ mps_model sparse_form(const dense_model &d) {
 class IisTest : public EngineTest {
  protected:
   // Every subsystem the full search finds, each checked irreducible.
-  std::vector<subsystem> all_checked(const mps_model &m) {
+  std::vector<subsystem> all_checked(const mps_model &m, int expected_flags = 0) {
     EXPECT_EQ(KVSLiisall(p), 0);
     int n = int_attr(p, KVSL_ATTR_NUMIIS), k = -2;
     EXPECT_EQ(KVSLiisstatus(p, &k), 0);
@@ -147,6 +157,7 @@ class IisTest : public EngineTest {
     std::set<subsystem> distinct;
     for (int i = 1; i <= n; ++i) {
       out.push_back(read_subsystem(p, i));
+      EXPECT_EQ(out.back().flags, expected_flags) << "IIS " << i;
       EXPECT_TRUE(irreducible(m, out.back())) << "IIS " << i;
       EXPECT_TRUE(distinct.insert(out.back()).second) << "IIS " << i << " repeats";
     }
@@ -288,6 +299,47 @@ TEST_F(IisTest, MipWithAnInfeasibleRelaxationGivesTheRelaxationsSubsystem) {
   auto found = all_checked(sparse_form(d));
   ASSERT_EQ(found.size(), 1u);
   EXPECT_EQ(found[0].rows, (std::vector<int>{0, 1}));
+}
+
+// The dense model with integer columns, in the checker's form.
+mps_model with_integers(const dense_model &d, const std::vector<int> &cols) {
+  mps_model m = sparse_form(d);
+  for (int j : cols) {
+    m.enttype.push_back('I');
+    m.entcol.push_back(j);
+  }
+  return m;
+}
+
+TEST_F(IisTest, IntegerOnlyConflictOfOneRow) {
+  // 2x + 2y = 3 has no integer solution; x - y <= 10 and the bounds are
+  // not needed.  The relaxation is feasible.
+  dense_model d{"EL", {3, 10}, {}, {0, 0}, {0, 0}, {3, 3}, {{2, 2}, {1, -1}}};
+  ASSERT_EQ(load_global(p, d, "II", {0, 1}), 0);
+  auto found = all_checked(with_integers(d, {0, 1}), 1);
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].rows, (std::vector<int>{0}));
+  EXPECT_TRUE(found[0].bounds.empty());
+  int status = -1;
+  ASSERT_EQ(KVSLiisfirst(p, 0, &status), 0);
+  EXPECT_EQ(status, 1);  // no approximation from an LP proof
+}
+
+TEST_F(IisTest, IntegerOnlyConflictOfTwoRows) {
+  // x >= 0.5 and x <= 0.8 leave no integer x; y's row plays no part.
+  dense_model d{"GLL", {0.5, 0.8, 4}, {}, {0, 0}, {-5, 0}, {5, 9}, {{1, 0}, {1, 0}, {0, 1}}};
+  ASSERT_EQ(load_global(p, d, "I", {0}), 0);
+  auto found = all_checked(with_integers(d, {0}), 1);
+  ASSERT_EQ(found.size(), 1u);
+  EXPECT_EQ(found[0].rows, (std::vector<int>{0, 1}));
+  EXPECT_TRUE(found[0].bounds.empty());
+}
+
+TEST_F(IisTest, FeasibleMipHasNone) {
+  dense_model d{"L", {4.5}, {}, {1}, {}, {}, {{1}}};
+  ASSERT_EQ(load_global(p, d, "I", {0}), 0);
+  ASSERT_EQ(KVSLiisall(p), 0);
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_NUMIIS), 0);
 }
 
 // The infeasible netlib models listed in the data folder.
