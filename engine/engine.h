@@ -87,6 +87,13 @@ struct indicator {
   int row, col, flag;
 };
 
+// A MIP start offered with KVSLaddmipsol (mipstart.cpp).
+struct mip_start {
+  std::vector<int> col;
+  std::vector<double> val;
+  std::string name;
+};
+
 // Search state of the infeasible subsystems (iis.cpp).
 struct iis_state;
 
@@ -147,6 +154,9 @@ struct kvsl_prob {
   double best_bound = 0.0;
   std::unique_ptr<kvsl::ranging> ranges;
   std::shared_ptr<kvsl::iis_state> iis;  // infeasible subsystems found
+  std::vector<kvsl::mip_start> mip_starts;  // offered for the next search
+  std::vector<double> start_x;     // the start held during a search
+  std::string start_name;
 
   kvsl_prob();
   ~kvsl_prob();

@@ -336,11 +336,29 @@ int KVSLgetiisbounds(KVSLprob prob, int num, char bndtype[], int *flags);
 
 /* ---- MIP solutions and cuts ---------------------------------------------- */
 
-/* Offer a (partial) MIP start: n values of the given columns. */
+/*
+ * Offer a (partial) MIP start for the next global search: n values of the
+ * given columns (KVSL_ERR_INDEX for a column out of range).  At the start
+ * of the search every start offered since the last one is made a full
+ * vector (one that gives every column as it is; a partial one completed by
+ * a sub-MIP over the problem's objective with the given columns fixed, for
+ * at most 5 seconds) and checked like KVSLloadmipsol's.  An infeasible
+ * start is reported through the message callback ("MIP start NAME is
+ * infeasible and is ignored.", type 3; an unnamed one is "(unnamed)") and
+ * dropped; the best feasible one becomes the search's incumbent before its
+ * root ("MIP start NAME is the incumbent: objective V", type 1), mapped
+ * through preprocessing, and is the result when the search finds nothing
+ * better.  Each start serves one search.  A problem without entities
+ * solves its LP and ignores the starts.
+ */
 int KVSLaddmipsol(KVSLprob prob, int n, const double val[], const int col[],
                   const char *name);
-/* Offer a full solution (ncols values); *status 0 accepted, 1 infeasible,
- * 2 worse than the incumbent. */
+/* Offer a full solution (ncols values), checked against every bound, row
+ * (an indicator row only where in force), entity and set within 1e-6
+ * (relative above 1); *status: 0 accepted (it becomes the MIP solution held
+ * and also starts the next search), 1 a bound or row violated or a value
+ * not finite, 2 worse than the MIP solution held, 3 an entity or set
+ * violated. */
 int KVSLloadmipsol(KVSLprob prob, const double x[], int *status);
 /*
  * Add ncuts cuts to the current node problem: cut k has type number
