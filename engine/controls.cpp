@@ -126,9 +126,9 @@ KVSL_EXPORT int KVSLgetintattrib(KVSLprob prob, int attrib, int *value) {
     case KVSL_ATTR_MIPSTATUS: *value = prob->mipstatus; return 0;
     case KVSL_ATTR_SIMPLEXITER: *value = prob->iterations; return 0;
     case KVSL_ATTR_PRESOLVESTATE: *value = prob->lp_held ? KVSL_SOLUTION_HELD : 0; return 0;
-    case KVSL_ATTR_NUMIIS: *value = 0; return 0;
+    case KVSL_ATTR_NUMIIS: *value = kvsl::iis_found(prob); return 0;
     case KVSL_ATTR_NODES: *value = prob->nodes; return 0;
-    case KVSL_ATTR_IISAVAILABLE: *value = 0; return 0;
+    case KVSL_ATTR_IISAVAILABLE: *value = kvsl::iis_available(prob) ? 1 : 0; return 0;
     default: return kvsl::fail(prob, KVSL_ERR_BADCONTROL);
   }
 }

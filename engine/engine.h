@@ -96,6 +96,16 @@ struct quad_row {
   std::vector<double> val;
 };
 
+// A MIP start offered with KVSLaddmipsol (mipstart.cpp).
+struct mip_start {
+  std::vector<int> col;
+  std::vector<double> val;
+  std::string name;
+};
+
+// Search state of the infeasible subsystems (iis.cpp).
+struct iis_state;
+
 // Ranging results of the current LP solution.
 struct ranging {
   std::vector<double> row_upact, row_loact, row_uup, row_udn;
@@ -153,6 +163,10 @@ struct kvsl_prob {
   double mip_obj = 0.0;
   double best_bound = 0.0;
   std::unique_ptr<kvsl::ranging> ranges;
+  std::shared_ptr<kvsl::iis_state> iis;  // infeasible subsystems found
+  std::vector<kvsl::mip_start> mip_starts;  // offered for the next search
+  std::vector<double> start_x;     // the start held during a search
+  std::string start_name;
 
   kvsl_prob();
   ~kvsl_prob();
@@ -177,6 +191,10 @@ double dblcontrol(const kvsl_prob *prob, int control);
 double to_backend(double v);
 // Interface value (+-1e20) for a backend bound.
 double from_backend(double v);
+
+// Number of irreducible subsystems found so far; can IIS 0 be read at once?
+int iis_found(const kvsl_prob *prob);
+bool iis_available(const kvsl_prob *prob);
 
 // Forget every solution, status and ranging result (after a change).
 void drop_solutions(kvsl_prob *prob);

@@ -27,6 +27,7 @@
 #include <OsiClpSolverInterface.hpp>
 
 #include "log.h"
+#include "mipstart.h"
 #include "search.h"
 
 namespace kvsl {
@@ -249,6 +250,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     add_set_objects(prob, model, dirs);
     add_indicator_objects(prob, model, indicator_rows, dirs);
   }
+  offer_mip_start(prob, model, presolve ? process.originalColumns() : nullptr);
   model.branchAndBound();
   prob->nodes += model.getNodeCount();
   prob->iterations += model.getIterationCount();
@@ -300,6 +302,7 @@ int solve_mip(kvsl_prob *prob, const char *flags) {
     backend_log log(prob), quiet(prob);
     log.setLogLevel(search_log_level(prob));
     quiet.setLogLevel(0);
+    prepare_mip_starts(prob);
     // A solution that fails the final check (a heuristic's that ignored an
     // object, or one that slipped past a held-out row) means that search
     // cannot be trusted: it runs again with every row in the LP and without
@@ -310,6 +313,7 @@ int solve_mip(kvsl_prob *prob, const char *flags) {
       prob->best_bound = prob->sense > 0 ? -KVSL_INFINITY : KVSL_INFINITY;
       search(prob, log, quiet, {false, false});
     }
+    keep_mip_start(prob);
   } catch (const std::bad_alloc &) {
     return fail(prob, KVSL_ERR_NOMEM);
   } catch (...) {

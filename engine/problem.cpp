@@ -42,6 +42,7 @@ void drop_solutions(kvsl_prob *prob) {
   prob->lp_held = false;
   prob->mip_held = false;
   prob->ranges.reset();
+  prob->iis.reset();
   if (prob->loaded) {
     prob->lpstatus = KVSL_LP_UNSOLVED;
     prob->mipstatus = KVSL_MIP_LP_NOT_OPTIMAL;

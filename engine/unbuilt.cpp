@@ -4,41 +4,6 @@
  */
 #include "engine.h"
 
-KVSL_EXPORT int KVSLiisstatus(KVSLprob prob, int *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
-KVSL_EXPORT int KVSLiisall(KVSLprob prob) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
-KVSL_EXPORT int KVSLiisfirst(KVSLprob prob, int, int *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
-KVSL_EXPORT int KVSLiisnext(KVSLprob prob, int *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
-KVSL_EXPORT int KVSLgetiisdata(KVSLprob prob, int, int *, int *, int *, int *, char *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
-KVSL_EXPORT int KVSLaddmipsol(KVSLprob prob, int, const double *, const int *, const char *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
-KVSL_EXPORT int KVSLloadmipsol(KVSLprob prob, const double *, int *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
 KVSL_EXPORT int KVSLaddcuts(KVSLprob prob, int, const int *, const char *, const double *, const int64_t *, const int *, const double *) {
   if (prob == nullptr) return KVSL_ERR_BADARG;
   return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);

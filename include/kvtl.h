@@ -671,6 +671,23 @@ enum {
   MDL_E_COUNT = 61
 };
 
+/* ---- Bases and infeasible subsystems ------------------------------------- */
+
+/* A saved basis: a block of 64-bit words (the problem, the row and column
+ * counts at the save, then one constraint or variable handle per row and
+ * column with its 2-bit basis status in the two low bits). */
+typedef struct mdl_basis *MDLbasis;
+
+KVTL_API MDLbasis mdlsavebasis_prob(MDLprob prob);
+KVTL_API int mdlloadbasis(MDLbasis basis);
+KVTL_API void mdldelbasis(MDLbasis basis);
+KVTL_API int mdlgetnumiis_prob(MDLprob prob);
+KVTL_API int mdlgetmiis_prob(MDLprob prob, MDLvar **vars, int *nvars, MDLctr **ctrs, int *nctrs,
+                             MDLsos **soss, int *nsoss, int num);
+KVTL_API int mdlgetiis_prob(MDLprob prob, MDLvar **vars, int *nvars, MDLctr **ctrs, int *nctrs,
+                            int num);
+KVTL_API int mdlfreeiismem(void *array);
+
 #ifdef __cplusplus
 }
 #endif

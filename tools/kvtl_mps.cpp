@@ -2,10 +2,13 @@
  * kvtl_mps.cpp -- command-line solver: reads an MPS file, states the model
  * through the library and solves it, printing status, objective and time.
  *
- *   kvtl_mps [-lp] [-q] [-maximise] file.mps[.gz]
+ *   kvtl_mps [-lp] [-q] [-maximise] [--iis] file.mps[.gz]
  *     -lp        solve the LP relaxation even when the model has integers
  *     -q         no engine log
  *     -maximise  maximise instead of minimise
+ *     --iis      when the model is infeasible, print every irreducible
+ *                infeasible subsystem the engine finds, by row and column
+ *                name
  */
 #include <stdio.h>
 #include <string.h>
@@ -13,6 +16,7 @@
 
 #include <string>
 
+#include "kvsl.h"
 #include "kvtl.h"
 #include "mps_model.h"
 
@@ -22,17 +26,49 @@ static double wall_seconds() {
   return ts.tv_sec + ts.tv_nsec * 1e-9;
 }
 
+// Print IIS n as "IIS n: r rows, b bounds", then its rows and bounds; the
+// bound types come from the engine, in the order of the variables.
+static bool print_iis(MDLprob prob, int n) {
+  MDLvar *vars = nullptr;
+  MDLctr *ctrs = nullptr;
+  int nvars = 0, nctrs = 0;
+  if (mdlgetiis_prob(prob, &vars, &nvars, &ctrs, &nctrs, n) != 0) return false;
+  std::string bounds(static_cast<size_t>(nvars), '?');
+  bool ok = nvars == 0 ||
+            KVSLgetiisbounds(mdlgetkvslprob_prob(prob), n, bounds.data(), nullptr) == 0;
+  if (ok) {
+    printf("IIS %d: %d rows, %d bounds\n", n, nctrs, nvars);
+    for (int k = 0; k < nctrs; ++k) printf("row %s\n", mdlgetctrname(ctrs[k]));
+    for (int k = 0; k < nvars; ++k)
+      printf("bound %s %s\n", mdlgetvarname(vars[k]), bounds[static_cast<size_t>(k)] == 'U' ? "upper" : "lower");
+  }
+  mdlfreeiismem(vars);
+  mdlfreeiismem(ctrs);
+  return ok;
+}
+
+// Print every IIS of an infeasible model; false when the analysis failed.
+static bool print_all_iis(MDLprob prob) {
+  int count = mdlgetnumiis_prob(prob);
+  if (count < 0) return false;
+  if (count == 0) printf("no IIS found\n");
+  for (int n = 1; n <= count; ++n)
+    if (!print_iis(prob, n)) return false;
+  return true;
+}
+
 int main(int argc, char **argv) {
-  bool relax = false, quiet = false, maximise = false;
+  bool relax = false, quiet = false, maximise = false, iis = false;
   const char *file = nullptr;
   for (int i = 1; i < argc; ++i) {
     if (strcmp(argv[i], "-lp") == 0) relax = true;
     else if (strcmp(argv[i], "-q") == 0) quiet = true;
     else if (strcmp(argv[i], "-maximise") == 0) maximise = true;
+    else if (strcmp(argv[i], "--iis") == 0) iis = true;
     else file = argv[i];
   }
   if (file == nullptr) {
-    fprintf(stderr, "usage: kvtl_mps [-lp] [-q] [-maximise] file.mps[.gz]\n");
+    fprintf(stderr, "usage: kvtl_mps [-lp] [-q] [-maximise] [--iis] file.mps[.gz]\n");
     return 2;
   }
   mdlseterrctrl(0);
@@ -64,6 +100,13 @@ int main(int argc, char **argv) {
     printf("LP status  %d\n", mdlgetlpstat_prob(prob));
   printf("objective  %.12g\n", mdlgetobjval_prob(prob));
   printf("time       build %.3f s, solve %.3f s\n", t1 - t0, t2 - t1);
+  bool infeasible = mip ? mdlgetmipstat_prob(prob) == KVSL_MIP_INFEAS
+                        : mdlgetlpstat_prob(prob) == KVSL_LP_INFEAS;
+  if (iis && infeasible && !print_all_iis(prob)) {
+    fprintf(stderr, "infeasibility analysis failed\n");
+    mdldelprob_prob(prob);
+    return 1;
+  }
   mdldelprob_prob(prob);
   return 0;
 }

@@ -279,7 +279,29 @@ int KVSLreadslxsol(KVSLprob prob, const char *file, const char *flags);
  * (free non-basic); nrows row statuses and ncols column statuses. */
 int KVSLgetbasis(KVSLprob prob, int rowstat[], int colstat[]);
 int KVSLloadbasis(KVSLprob prob, const int rowstat[], const int colstat[]);
-/* *count: the number of IIS found so far, -1 when no search has run. */
+/*
+ * Infeasible subsystems (IIS) of the loaded LP, or of a MIP's relaxation.
+ * Members are rows and single column bounds (a lower or an upper bound).
+ * IIS n >= 1 is irreducible: its rows and bounds alone (every other row free,
+ * every other bound infinite) are infeasible, and leaving out any one member
+ * makes them feasible.  IIS 0 is a quick approximation: the rows and bounds
+ * that the optimal duals of the elastic problem (minimise the total
+ * violation of the rows with the bounds kept) prove infeasible together;
+ * it is infeasible but may be reducible.  Further subsystems come from a
+ * bounded search that leaves out members of those found (at most 50
+ * subsystems, 400 subproblems or 20 seconds).  Indicator rows never take
+ * part.  A model with entities whose relaxation is feasible (only the
+ * integer model infeasible) has at most one subsystem, found by a deletion
+ * filter whose subproblems are MIP solves of rows and bounds (entities and
+ * sets always kept) under a time limit of 5 seconds each (less when
+ * control 7020 is smaller) and 30 seconds in all; it is flagged (see
+ * KVSLgetiisbounds) and has no IIS 0.  Control 8035
+ * silences the line logged for each subsystem found ("IIS n: r rows, b
+ * bounds").  A new load or optimisation drops the subsystems found (they
+ * stay readable after changes, as solutions do).
+ *
+ * *count: the number of IIS found so far, -1 when no search has run.
+ */
 int KVSLiisstatus(KVSLprob prob, int *count);
 /* Find every IIS; the count is then attribute KVSL_ATTR_NUMIIS. */
 int KVSLiisall(KVSLprob prob);
@@ -298,14 +320,45 @@ int KVSLiisnext(KVSLprob prob, int *status);
  */
 int KVSLgetiisdata(KVSLprob prob, int num, int *nrows, int *ncols,
                    int rowind[], int colind[], char rowtype[]);
+/*
+ * Layout of the data of IIS num: rows in increasing row number, their type
+ * letters the loaded row types ('L', 'G', 'E', 'R'); then the bounds in
+ * increasing column number, a column whose two bounds both belong to the
+ * IIS appearing twice (lower first).  bndtype (ncols letters, may be NULL)
+ * receives 'L' for a lower and 'U' for an upper bound in colind's order;
+ * *flags (may be NULL) receives 0 for a subsystem of the LP or relaxation;
+ * 1 for one found with MIP solves (only the integer model infeasible), plus
+ * 2 when a subproblem stayed undecided within its time limit, so that the
+ * subsystem is infeasible but not proved irreducible.
+ * A num without data fails with KVSL_ERR_INDEX.
+ */
+int KVSLgetiisbounds(KVSLprob prob, int num, char bndtype[], int *flags);
 
 /* ---- MIP solutions and cuts ---------------------------------------------- */
 
-/* Offer a (partial) MIP start: n values of the given columns. */
+/*
+ * Offer a (partial) MIP start for the next global search: n values of the
+ * given columns (KVSL_ERR_INDEX for a column out of range).  At the start
+ * of the search every start offered since the last one is made a full
+ * vector (one that gives every column as it is; a partial one completed by
+ * a sub-MIP over the problem's objective with the given columns fixed, for
+ * at most 5 seconds) and checked like KVSLloadmipsol's.  An infeasible
+ * start is reported through the message callback ("MIP start NAME is
+ * infeasible and is ignored.", type 3; an unnamed one is "(unnamed)") and
+ * dropped; the best feasible one becomes the search's incumbent before its
+ * root ("MIP start NAME is the incumbent: objective V", type 1), mapped
+ * through preprocessing, and is the result when the search finds nothing
+ * better.  Each start serves one search.  A problem without entities
+ * solves its LP and ignores the starts.
+ */
 int KVSLaddmipsol(KVSLprob prob, int n, const double val[], const int col[],
                   const char *name);
-/* Offer a full solution (ncols values); *status 0 accepted, 1 infeasible,
- * 2 worse than the incumbent. */
+/* Offer a full solution (ncols values), checked against every bound, row
+ * (an indicator row only where in force), entity and set within 1e-6
+ * (relative above 1); *status: 0 accepted (it becomes the MIP solution held
+ * and also starts the next search), 1 a bound or row violated or a value
+ * not finite, 2 worse than the MIP solution held, 3 an entity or set
+ * violated. */
 int KVSLloadmipsol(KVSLprob prob, const double x[], int *status);
 /*
  * Add ncuts cuts to the current node problem: cut k has type number

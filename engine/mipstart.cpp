@@ -1,0 +1,195 @@
+/*
+ * mipstart.cpp -- MIP starts: solutions offered before a search (partial
+ * ones completed by a short sub-MIP), checked, and installed as the
+ * search's incumbent; full solutions checked and taken at once.
+ */
+#include <algorithm>
+#include <cmath>
+#include <new>
+
+#include <CbcModel.hpp>
+#include <ClpSimplex.hpp>
+#include <CoinPackedMatrix.hpp>
+
+#include "copy.h"
+#include "mipstart.h"
+#include "search.h"
+
+namespace kvsl {
+
+namespace {
+
+// Seconds a partial start's completion may take.
+constexpr double completion_seconds = 5.0;
+
+// Why a full vector is not a solution (KVSLloadmipsol's status).
+enum : int { accepted = 0, breaks_row_or_bound = 1, worse = 2, breaks_entity = 3 };
+
+int check(const kvsl_prob *prob, const double *x) {
+  const ClpSimplex &m = *prob->lp;
+  for (int j = 0; j < prob->ncols; ++j)
+    if (!std::isfinite(x[j]) || !within(x[j], m.columnLower()[j], m.columnUpper()[j]))
+      return breaks_row_or_bound;
+  std::vector<char> in_force = rows_in_force(prob, x);
+  std::vector<double> act(static_cast<size_t>(m.numberRows()), 0.0);
+  m.matrix()->times(x, act.data());
+  for (int i = 0; i < m.numberRows(); ++i)
+    if (in_force[static_cast<size_t>(i)] != 0 &&
+        !within(act[static_cast<size_t>(i)], m.rowLower()[i], m.rowUpper()[i]))
+      return breaks_row_or_bound;
+  if (!column_entities_hold(prob, x) || !sets_hold(prob, x)) return breaks_entity;
+  return accepted;
+}
+
+// Is objective value a better than b in the problem's sense?
+bool better(const kvsl_prob *prob, double a, double b) { return prob->sense * (a - b) < 0.0; }
+
+// Complete a partial start: the given columns fixed, the others found by a
+// short sub-MIP over the problem's own objective.  Empty when none found.
+std::vector<double> complete(const kvsl_prob *prob, const mip_start &s) {
+  problem_copy copy(prob);
+  std::vector<double> lo = copy.lb, up = copy.ub;
+  for (size_t k = 0; k < s.col.size(); ++k) {
+    auto j = static_cast<size_t>(s.col[k]);
+    lo[j] = up[j] = s.val[k];
+  }
+  std::vector<double> cost = copy.obj;
+  if (prob->sense < 0)
+    for (double &c : cost) c = -c;
+  KVSLprob sub = nullptr;
+  if (KVSLcreateprob(&sub) != 0) return {};
+  std::vector<double> x;
+  if (copy.load(sub, copy.rowtype, lo, up, cost) == 0) {
+    int status = solve_sub_mip(sub, completion_seconds);
+    if (status == KVSL_MIP_SOLUTION || status == KVSL_MIP_OPTIMAL) {
+      x.resize(static_cast<size_t>(prob->ncols));
+      if (KVSLgetmipsol(sub, x.data(), nullptr) != 0) x.clear();
+    }
+  }
+  KVSLdestroyprob(sub);
+  return x;
+}
+
+// The full vector of a start: its values when it gives every column, else
+// its completion.
+std::vector<double> full_vector(const kvsl_prob *prob, const mip_start &s) {
+  std::vector<char> given(static_cast<size_t>(prob->ncols), 0);
+  for (int j : s.col) given[static_cast<size_t>(j)] = 1;
+  if (std::find(given.begin(), given.end(), 0) != given.end()) return complete(prob, s);
+  std::vector<double> x(static_cast<size_t>(prob->ncols));
+  for (size_t k = 0; k < s.col.size(); ++k) x[static_cast<size_t>(s.col[k])] = s.val[k];
+  return x;
+}
+
+}  // namespace
+
+void prepare_mip_starts(kvsl_prob *prob) {
+  prob->start_x.clear();
+  std::vector<mip_start> pending = std::move(prob->mip_starts);
+  prob->mip_starts.clear();
+  double best = 0.0;
+  for (const mip_start &s : pending) {
+    const char *name = s.name.empty() ? "(unnamed)" : s.name.c_str();
+    std::vector<double> x = full_vector(prob, s);
+    if (x.empty() || check(prob, x.data()) != accepted) {
+      messagef(prob, 3, "MIP start %s is infeasible and is ignored.", name);
+      continue;
+    }
+    snap_column_entities(prob, x.data());
+    double v = objective_of(prob, x.data());
+    if (prob->start_x.empty() || better(prob, v, best)) {
+      prob->start_x = std::move(x);
+      prob->start_name = name;
+      best = v;
+    }
+  }
+}
+
+void offer_mip_start(const kvsl_prob *prob, CbcModel &model, const int *orig) {
+  if (prob->start_x.empty()) return;
+  OsiSolverInterface *solver = model.solver();
+  int n = solver->getNumCols();
+  std::vector<double> x(static_cast<size_t>(n));
+  for (int k = 0; k < n; ++k) {
+    int j = orig != nullptr ? orig[k] : k;
+    // Columns the search adds of its own (indicator slacks) are not offered
+    // to: the start is kept beside the search instead.
+    if (j < 0 || j >= prob->ncols) return;
+    x[static_cast<size_t>(k)] = prob->start_x[static_cast<size_t>(j)];
+  }
+  const double *c = solver->getObjCoefficients();
+  double offset = 0.0;
+  solver->getDblParam(OsiObjOffset, offset);
+  double v = -offset;
+  for (int k = 0; k < n; ++k) v += c[k] * x[static_cast<size_t>(k)];
+  model.setBestSolution(x.data(), n, v * solver->getObjSense(), false);
+  messagef(const_cast<kvsl_prob *>(prob), 1, "MIP start %s is the incumbent: objective %.10g",
+           prob->start_name.c_str(), objective_of(prob, prob->start_x.data()));
+}
+
+void keep_mip_start(kvsl_prob *prob) {
+  if (prob->start_x.empty()) return;
+  double v = objective_of(prob, prob->start_x.data());
+  if (!prob->mip_held || better(prob, v, prob->mip_obj)) {
+    prob->mip_x = prob->start_x;
+    prob->mip_obj = v;
+    prob->mip_held = true;
+    if (prob->mipstatus == KVSL_MIP_NO_SOL_FOUND || prob->mipstatus == KVSL_MIP_LP_NOT_OPTIMAL)
+      prob->mipstatus = KVSL_MIP_SOLUTION;
+    // A search that finished without anything better proved the start
+    // optimal.
+    if (prob->mipstatus == KVSL_MIP_INFEAS) prob->mipstatus = KVSL_MIP_OPTIMAL;
+  }
+  prob->start_x.clear();
+}
+
+}  // namespace kvsl
+
+KVSL_EXPORT int KVSLaddmipsol(KVSLprob prob, int n, const double val[], const int col[],
+                              const char *name) {
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (!prob->loaded) return kvsl::fail(prob, KVSL_ERR_NOTLOADED);
+  if (n < 0 || (n > 0 && (val == nullptr || col == nullptr))) return kvsl::fail(prob, KVSL_ERR_BADARG);
+  for (int k = 0; k < n; ++k)
+    if (col[k] < 0 || col[k] >= prob->ncols) return kvsl::fail(prob, KVSL_ERR_INDEX);
+  try {
+    kvsl::mip_start s;
+    s.col.assign(col, col + n);
+    s.val.assign(val, val + n);
+    if (name != nullptr) s.name = name;
+    prob->mip_starts.push_back(std::move(s));
+  } catch (const std::bad_alloc &) {
+    return kvsl::fail(prob, KVSL_ERR_NOMEM);
+  }
+  return 0;
+}
+
+KVSL_EXPORT int KVSLloadmipsol(KVSLprob prob, const double x[], int *status) {
+  if (prob == nullptr) return KVSL_ERR_BADARG;
+  if (!prob->loaded) return kvsl::fail(prob, KVSL_ERR_NOTLOADED);
+  if (x == nullptr || status == nullptr) return kvsl::fail(prob, KVSL_ERR_BADARG);
+  try {
+    std::vector<double> v(x, x + prob->ncols);
+    *status = kvsl::check(prob, v.data());
+    if (*status != kvsl::accepted) return 0;
+    kvsl::snap_column_entities(prob, v.data());
+    double obj = kvsl::objective_of(prob, v.data());
+    if (prob->mip_held && !kvsl::better(prob, obj, prob->mip_obj)) {
+      *status = kvsl::worse;
+      return 0;
+    }
+    prob->mip_x = v;
+    prob->mip_obj = obj;
+    prob->mip_held = true;
+    if (prob->mipstatus != KVSL_MIP_OPTIMAL) prob->mipstatus = KVSL_MIP_SOLUTION;
+    // It also starts the next search.
+    kvsl::mip_start s;
+    for (int j = 0; j < prob->ncols; ++j) s.col.push_back(j);
+    s.val = std::move(v);
+    s.name = "loaded";
+    prob->mip_starts.push_back(std::move(s));
+  } catch (const std::bad_alloc &) {
+    return kvsl::fail(prob, KVSL_ERR_NOMEM);
+  }
+  return 0;
+}

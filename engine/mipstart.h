@@ -1,0 +1,27 @@
+/*
+ * mipstart.h -- the hooks by which the global search takes MIP starts:
+ * prepared before it, offered as the incumbent, kept when nothing better.
+ */
+#ifndef KVSL_MIPSTART_H
+#define KVSL_MIPSTART_H
+
+#include "engine.h"
+
+class CbcModel;
+
+namespace kvsl {
+
+// Check, complete and rank the starts offered since the last search: the
+// best feasible one is held for the search; infeasible ones are reported
+// through the message callback and dropped.
+void prepare_mip_starts(kvsl_prob *prob);
+// Install the held start as the model's incumbent (orig maps the model's
+// columns to the loaded ones, null: the same).
+void offer_mip_start(const kvsl_prob *prob, CbcModel &model, const int *orig);
+// After the search: the held start becomes the result when the search
+// found nothing better; then it is dropped.
+void keep_mip_start(kvsl_prob *prob);
+
+}  // namespace kvsl
+
+#endif
