@@ -58,8 +58,12 @@ struct cut_generators {
     clique.setRowCliqueReport(false);
   }
 
-  void add_to(CbcModel &model) {
-    model.addCutGenerator(&probing, -1, "Probing");
+  // Probing fixes and tightens column bounds from implications it derives
+  // as if every column were integer or continuous, which cuts into the
+  // non-zero range of a semi-continuous column; with objects of the
+  // engine's own it stays out.
+  void add_to(CbcModel &model, bool objects) {
+    if (!objects) model.addCutGenerator(&probing, -1, "Probing");
     model.addCutGenerator(&gomory, -1, "Gomory");
     model.addCutGenerator(&knapsack, -1, "Knapsack");
     model.addCutGenerator(&clique, -1, "Clique");
@@ -231,14 +235,17 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   // The node LPs stay silent; the search reports on them.
   model.solver()->passInMessageHandler(&quiet);
   cut_generators cuts;
-  if (intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) != 0) cuts.add_to(model);
+  if (intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) != 0) cuts.add_to(model, objects);
   row_pool pool(prob, held);
   if (!held.empty()) {
     model.addCutGenerator(&pool, 1, "Held-out rows", true, true);
     model.cutGenerator(model.numberCutGenerators() - 1)->setMustCallAgain(true);
   }
-  // Heuristics do not see held-out rows: their solutions would be dropped.
-  if (a.heuristics && held.empty() && intcontrol(prob, KVSL_CTRL_HEURSTRATEGY) != 0)
+  // Cbc's heuristics see neither held-out rows nor the engine's own objects:
+  // a solution of theirs that violates an object is dropped by the search,
+  // but its objective value has by then become the cutoff and pruned nodes
+  // that hold the true optimum.  They run only for plain integer models.
+  if (a.heuristics && !objects && intcontrol(prob, KVSL_CTRL_HEURSTRATEGY) != 0)
     add_heuristics(model);
   apply_controls(prob, model);
   model.findIntegers(false);
