@@ -102,3 +102,60 @@ TEST_F(MipRegression, ContinuousIndicatorColumnIsRefused) {
 }
 
 }  // namespace
+
+namespace {
+
+// Each kind of bad number is refused before a solve, by the LP and the
+// search alike, with the documented code.
+class BadInput : public EngineTest {
+ protected:
+  void expect_refused(const dense_model &m, const std::string &types, std::vector<int> cols,
+                      std::vector<double> limits = {}) {
+    ASSERT_EQ(load_global(p, m, types, cols, limits), 0);
+    EXPECT_EQ(KVSLlpoptimize(p, ""), KVSL_ERR_BADNUMBER);
+    EXPECT_EQ(int_attr(p, KVSL_ATTR_ERRORCODE), KVSL_ERR_BADNUMBER);
+    EXPECT_EQ(KVSLmipoptimize(p, ""), KVSL_ERR_BADNUMBER);
+    EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_LP_NOT_OPTIMAL);
+  }
+  dense_model base() { return {"L", {4}, {}, {1, 1}, {0, 0}, {10, 10}, {{1, 1}}}; }
+  double nan = std::numeric_limits<double>::quiet_NaN();
+};
+
+TEST_F(BadInput, InfiniteMatrixCoefficient) {
+  dense_model m = base();
+  m.a[0][1] = std::numeric_limits<double>::infinity();
+  expect_refused(m, "I", {0});
+}
+
+TEST_F(BadInput, NanRightHandSide) {
+  dense_model m = base();
+  m.rhs[0] = nan;
+  expect_refused(m, "I", {0});
+}
+
+TEST_F(BadInput, NanUpperBound) {
+  dense_model m = base();
+  m.ub[1] = nan;
+  expect_refused(m, "I", {0});
+}
+
+TEST_F(BadInput, NanLimit) { expect_refused(base(), "S", {0}, {nan}); }
+
+TEST_F(BadInput, NanObjectiveSetAfterTheLoad) {
+  ASSERT_EQ(load_global(p, base(), "I", {0}), 0);
+  int col = 1;
+  ASSERT_EQ(KVSLchgobj(p, 1, &col, &nan), 0);
+  EXPECT_EQ(KVSLmaxim(p, "g"), KVSL_ERR_BADNUMBER);
+}
+
+// Crossed bounds are no error: the model is infeasible.
+TEST_F(BadInput, LowerAboveUpperIsInfeasible) {
+  dense_model m = base();
+  m.lb[0] = 5;
+  m.ub[0] = 3;
+  ASSERT_EQ(load_global(p, m, "I", {1}), 0);
+  EXPECT_EQ(KVSLmaxim(p, "g"), 0);
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_INFEAS);
+}
+
+}  // namespace
