@@ -46,9 +46,10 @@ bound_branch::bound_branch(CbcModel *model, int id, int way, double value,
     way_ = down_ok ? -1 : 1;
     return;
   }
+  // Bounds [0, -1] intersected with any bounds cross, and stay finite.
   way_ = -1;
   const bound_change &c = arm_[0].empty() ? arm_[1].front() : arm_[0].front();
-  arm_[0] = {{c.col, upper[c.col] + 1.0, upper[c.col]}};
+  arm_[0] = {{c.col, 0.0, -1.0}};
 }
 
 // Apply the current arm to the model's solver and turn to the other.

@@ -23,19 +23,28 @@
  *   solve's or a loaded one), so c changes nothing.
  * - The global search is exact for every entity, without big-M constants:
  *   binary and integer columns are Cbc's; a semi-continuous column takes 0
- *   or a value in [limit, ub] (integer for 'R'), a partial integer column is
- *   integer below its limit, both branched on by bounds; sets are Cbc's set
- *   branching in the order of their reference values; an indicator row gets
- *   slack columns that relax it, and branching fixes the indicator column
- *   either at the value that releases the row or at the one that enforces
- *   it with the slacks fixed at 0.  Model cuts and delayed rows are kept out
- *   of the LP and added as cuts where a node's solution violates them (then
- *   without heuristics).  Every reported solution is checked against the
- *   loaded problem; a failing one makes the search run again with every row
- *   in the LP.  Cbc's preprocessing runs only for plain integer models.  A
- *   quadratic objective with entities fails with KVSL_ERR_UNSUPPORTED.
- *   Directives give priorities, preferred directions and starting pseudo
- *   costs to integer columns, entity objects and sets.
+ *   or a value in [limit, ub] (integer for 'R', from the first integer at
+ *   or above the limit), a partial integer column is integer below its
+ *   limit, both branched on by bounds; sets are branched on by the
+ *   engine's own objects in the order of their reference values, fixing
+ *   members at 0 by both bounds; an indicator row gets slack columns that
+ *   relax it, and branching fixes the indicator column either at the
+ *   value that releases the row or at the one that enforces it with the
+ *   slacks fixed at 0.  Model cuts and delayed rows stay in the LP.  With
+ *   any of these objects the search runs without Cbc's heuristics,
+ *   probing and strong branching, which know nothing of them; mixed
+ *   integer rounding cuts and Cbc's integer preprocessing are not used
+ *   (both cut off optimal solutions of small models), so control 8011 is
+ *   accepted without effect on the search.  Every reported solution is
+ *   checked against the loaded problem; a failing one makes the search
+ *   run again without heuristics.  A quadratic objective with entities
+ *   fails with KVSL_ERR_UNSUPPORTED.  Directives give priorities and
+ *   preferred directions to integer columns, entity objects and sets, and
+ *   starting pseudo costs to integer columns.
+ * - Before any optimisation the problem is checked: a NaN anywhere, an
+ *   infinite objective, matrix or quadratic coefficient fails with
+ *   KVSL_ERR_BADNUMBER, an indicator column that is not binary with
+ *   KVSL_ERR_ENTITY; nothing is solved then.
  * - An LP solve leaves out each indicator row whose column is not fixed at
  *   the value that puts the row in force.
  * - Controls accepted without effect on Clp/Cbc: 8006 (crash) and 8078

@@ -85,8 +85,13 @@ class partint_object : public CbcObject {
   using CbcObject::feasibleRegion;
   void feasibleRegion() override { feasibleRegion(model_->solver(), nullptr); }
   double feasibleRegion(OsiSolverInterface *solver, const OsiBranchingInformation *) const override {
+    // The search re-solves the LP within these bounds to check a solution:
+    // a value above the limit keeps to the continuous range.
     double x = solver->getColSolution()[col_];
-    if (x >= limit_) return 0.0;
+    if (x >= limit_ - 1e-9) {
+      apply_changes(solver, {{col_, limit_, COIN_DBL_MAX}});
+      return 0.0;
+    }
     double r = std::round(x);
     apply_changes(solver, {{col_, r, r}});
     return std::fabs(x - r);
@@ -104,6 +109,13 @@ class partint_object : public CbcObject {
   int col_;
   double limit_;
 };
+
+// The lower end of the non-zero range of a semi-continuous column: an
+// integer one starts at the first integer from its limit, so that no
+// branch gives an integer column a fractional bound.
+double nonzero_start(const entity &e) {
+  return e.type == 'R' ? std::ceil(e.limit - 1e-9) : e.limit;
+}
 
 }  // namespace
 
@@ -123,7 +135,7 @@ void relax_column_entities(const kvsl_prob *prob, OsiSolverInterface &solver) {
     if (semicont_splits(lb, ub, e.limit))
       solver.setColLower(e.col, 0.0);
     else
-      solver.setColLower(e.col, std::max(lb, e.limit));
+      solver.setColLower(e.col, std::max(lb, nonzero_start(e)));
   }
 }
 
@@ -135,7 +147,7 @@ void add_column_entity_objects(const kvsl_prob *prob, CbcModel &model,
     CbcObject *obj = nullptr;
     if ((e.type == 'S' || e.type == 'R') && e.limit > 0.0 &&
         s.getColLower()[e.col] <= 0.0 && s.getColUpper()[e.col] > 0.0)
-      obj = new semicont_object(&model, e.col, e.limit);
+      obj = new semicont_object(&model, e.col, nonzero_start(e));
     else if (e.type == 'P' && e.limit > s.getColLower()[e.col])
       obj = new partint_object(&model, e.col, e.limit);
     if (obj == nullptr) continue;

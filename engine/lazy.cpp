@@ -20,6 +20,15 @@ std::vector<int> pool_rows(const kvsl_prob *prob) {
   for (int r : prob->modelcuts) mark[r] = 1;
   for (int r : prob->delayedrows) mark[r] = 1;
   for (const auto &ind : prob->indicators) mark[ind.row] = 0;
+  // A row without coefficients stays in the LP, which settles it at once:
+  // as a cut it could never be satisfied nor cut anything off.
+  std::vector<int> count(mark.size(), 0);
+  const CoinPackedMatrix &a = *prob->lp->matrix();
+  for (int j = 0; j < a.getNumCols(); ++j)
+    for (CoinBigIndex k = a.getVectorStarts()[j]; k < a.getVectorStarts()[j] + a.getVectorLengths()[j]; ++k)
+      if (a.getElements()[k] != 0.0) ++count[a.getIndices()[k]];
+  for (size_t i = 0; i < mark.size(); ++i)
+    if (count[i] == 0) mark[i] = 0;
   std::vector<int> rows;
   for (int i = 0; i < static_cast<int>(mark.size()); ++i)
     if (mark[i] != 0 && prob->rowtype[i] != 'N') rows.push_back(i);
@@ -59,8 +68,15 @@ void row_pool::generateCuts(const OsiSolverInterface &si, OsiCuts &cs, const Cgl
     if (act >= lo_[k] - tol && act <= up_[k] + tol) continue;
     OsiRowCut cut;
     cut.setRow(row.getNumElements(), row.getIndices(), row.getElements());
-    cut.setLb(lo_[k]);
-    cut.setUb(up_[k]);
+    // One-sided: the search's cut handling loses two-sided (equality or
+    // range) cuts, so only the violated side is added.
+    if (act < lo_[k] - tol) {
+      cut.setLb(lo_[k]);
+      cut.setUb(COIN_DBL_MAX);
+    } else {
+      cut.setLb(-COIN_DBL_MAX);
+      cut.setUb(up_[k]);
+    }
     cut.setGloballyValid(true);
     cs.insert(cut);
   }

@@ -82,6 +82,29 @@ int mip_status_after_lp(int lpstatus) {
 
 }  // namespace
 
+// Presolve may stop at "infeasible or unbounded" or give up on a model it
+// finds inconsistent, and Clp's simplex calls some unbounded models
+// infeasible (an improving ray met while rows are still violated).  The
+// verdict is settled without presolve: feasibility first, by the primal
+// simplex on a zero objective from a slack basis, then the objective from
+// the feasible basis found.  A cutoff reached in the dual and the limits
+// stay as they are.
+int confirm_verdict(ClpSimplex &m) {
+  int s = m.status();
+  if (s == 0 || s == 3 || s == 5 || (s == 1 && m.secondaryStatus() == 1)) return 0;
+  int n = m.numberColumns();
+  std::vector<double> c(m.objective(), m.objective() + n), zero(n, 0.0);
+  m.chgObjCoefficients(zero.data());
+  m.allSlackBasis(true);
+  m.primal();
+  int iterations = m.numberIterations();
+  bool feasible = m.status() == 0;
+  m.chgObjCoefficients(c.data());
+  if (!feasible) return iterations;
+  m.primal(1);
+  return iterations + m.numberIterations();
+}
+
 int solve_lp(kvsl_prob *prob, const char *flags) {
   auto t0 = std::chrono::steady_clock::now();
   drop_solutions(prob);
@@ -110,12 +133,13 @@ int solve_lp(kvsl_prob *prob, const char *flags) {
       m.initialSolve(opts);
       prob->iterations = m.numberIterations();
       // Presolve may stop at "infeasible or unbounded"; the plain simplex
-      // tells the two apart.
+      // tells the two apart, and a primal check confirms what it says.
       if (presolve && (m.status() == 1 || m.status() == 2) && m.secondaryStatus() != 1) {
         ClpSolve plain = solve_options(prob, flags, false);
         m.initialSolve(plain);
         prob->iterations += m.numberIterations();
       }
+      prob->iterations += confirm_verdict(m);
       prob->lpstatus = lp_status_of(m);
       if (prob->lpstatus == KVSL_LP_OPTIMAL) take_solution(prob, m);
     }

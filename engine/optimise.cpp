@@ -6,7 +6,7 @@
 
 #include <ClpSimplex.hpp>
 
-#include "engine.h"
+#include "search.h"
 
 namespace {
 
@@ -19,6 +19,13 @@ bool has_globals(const kvsl_prob *prob) {
 int optimise(KVSLprob prob, const char *flags, bool search) {
   if (prob == nullptr) return KVSL_ERR_BADARG;
   if (!prob->loaded) return kvsl::fail(prob, KVSL_ERR_NOTLOADED);
+  if (int rc = kvsl::validate_problem(prob); rc != 0) {
+    kvsl::drop_solutions(prob);
+    kvsl::message(prob, 4, rc == KVSL_ERR_BADNUMBER
+                               ? "The problem holds a NaN or an infinite coefficient."
+                               : "An indicator column is not a binary column.");
+    return kvsl::fail(prob, rc);
+  }
   if (search && !kvsl::has_flag(flags, 'l')) return kvsl::solve_mip(prob, flags);
   return kvsl::solve_lp(prob, flags);
 }

@@ -74,6 +74,14 @@ class bound_branch : public CbcBranchingObject {
 // Apply bound changes to a solver, intersected with its current bounds.
 void apply_changes(OsiSolverInterface *solver, const std::vector<bound_change> &changes);
 
+// Settle an "infeasible" or "unbounded" verdict of Clp (or a failed solve)
+// with the primal simplex from a slack basis; returns the iterations spent.
+int confirm_verdict(ClpSimplex &m);
+
+// Check the loaded problem's numbers and entities before an optimisation:
+// 0, or KVSL_ERR_BADNUMBER or KVSL_ERR_ENTITY.
+int validate_problem(const kvsl_prob *prob);
+
 // ---- Column entities: semi-continuous (integer) and partial integer -----
 // Set the search model's relaxation bounds and integer columns.
 void relax_column_entities(const kvsl_prob *prob, OsiSolverInterface &solver);

@@ -1,14 +1,13 @@
 /*
- * sos.cpp -- special ordered sets of type 1 and 2 in the search: Cbc's set
- * branching over the members in the order of their reference values, with
- * the directives of the sets, and the check of a solution against them.
+ * sos.cpp -- special ordered sets of type 1 and 2 in the search: branching
+ * over the members in the order of their reference values, with the
+ * directives of the sets, and the check of a solution against them.
  */
 #include <algorithm>
 #include <cmath>
 #include <numeric>
 
 #include <CbcModel.hpp>
-#include <CbcSOS.hpp>
 
 #include "search.h"
 
@@ -16,22 +15,115 @@ namespace kvsl {
 
 namespace {
 
-// A Cbc set whose pseudo cost ratios start from a directive's costs.
-class weighted_set : public CbcSOS {
- public:
-  weighted_set(CbcModel *model, const std::vector<int> &cols, const std::vector<double> &weights,
-               int id, int type, const directive *d)
-      : CbcSOS(model, static_cast<int>(cols.size()), cols.data(), weights.data(), id, type) {
-    if (d == nullptr) return;
-    downDynamicPseudoRatio_ = std::max(d->down, 0.0);
-    upDynamicPseudoRatio_ = std::max(d->up, 0.0);
-    apply_directive(d, *this);
-  }
-  CbcObject *clone() const override { return new weighted_set(*this); }
-};
-
 // Is x non-zero beyond the check tolerance?
 bool nonzero(double x) { return !within(x, 0.0, 0.0); }
+
+// Branching object of a set, over its members in weight order.  A branch
+// splits the members at a position and fixes the members on one side at
+// 0 (both bounds: members may have negative lower bounds, and a member
+// that cannot be 0 makes its arm empty).
+class set_object : public CbcObject {
+ public:
+  set_object(CbcModel *model, std::vector<int> cols, std::vector<double> weights, int type)
+      : CbcObject(model), cols_(std::move(cols)), w_(std::move(weights)), width_(type) {}
+  CbcObject *clone() const override { return new set_object(*this); }
+
+  double infeasibility(const OsiBranchingInformation *info, int &way) const override {
+    double tol = info->primalTolerance_;
+    int first = -1, last = -1;
+    double total = 0.0;
+    for (int k = 0; k < size(); ++k) {
+      double v = std::fabs(info->solution_[cols_[k]]);
+      if (v <= tol) continue;
+      if (first < 0) first = k;
+      last = k;
+      total += v;
+    }
+    if (first < 0 || last - first < width_) return 0.0;
+    way = preferredWay_ != 0 ? preferredWay_ : -1;
+    double kept = best_window_mass(info->solution_);
+    return std::clamp(1.0 - kept / total, 1e-6, 0.5);
+  }
+
+  using CbcObject::feasibleRegion;
+  void feasibleRegion() override { feasibleRegion(model_->solver(), nullptr); }
+  double feasibleRegion(OsiSolverInterface *solver, const OsiBranchingInformation *) const override {
+    const double *x = solver->getColSolution();
+    int start = best_window(x);
+    std::vector<bound_change> fix;
+    double moved = 0.0;
+    for (int k = 0; k < size(); ++k) {
+      if (k >= start && k < start + width_) continue;
+      fix.push_back({cols_[k], 0.0, 0.0});
+      moved += std::fabs(x[cols_[k]]);
+    }
+    apply_changes(solver, fix);
+    return moved;
+  }
+
+  // Split between the non-zero members near their weighted centre.  Type
+  // 1: the down arm keeps members up to s, the up arm those after it.
+  // Type 2: both arms keep member s, the down arm those before it, the up
+  // arm those after it.
+  CbcBranchingObject *createCbcBranch(OsiSolverInterface *, const OsiBranchingInformation *info,
+                                      int way) override {
+    const double *x = info->solution_;
+    double tol = info->primalTolerance_;
+    int first = -1, last = -1;
+    double mass = 0.0, moment = 0.0;
+    for (int k = 0; k < size(); ++k) {
+      double v = std::fabs(x[cols_[k]]);
+      if (v <= tol) continue;
+      if (first < 0) first = k;
+      last = k;
+      mass += v;
+      moment += v * w_[k];
+    }
+    double centre = mass > 0.0 ? moment / mass : w_[0];
+    int s = first;
+    while (s + 1 < size() && w_[s + 1] <= centre) ++s;
+    std::vector<bound_change> down, up;
+    if (width_ == 1) {
+      s = std::clamp(s, first, last - 1);
+      for (int k = 0; k < size(); ++k) (k > s ? down : up).push_back({cols_[k], 0.0, 0.0});
+    } else {
+      s = std::clamp(s, first + 1, last - 1);
+      for (int k = 0; k < size(); ++k) {
+        if (k > s) down.push_back({cols_[k], 0.0, 0.0});
+        if (k < s) up.push_back({cols_[k], 0.0, 0.0});
+      }
+    }
+    return new bound_branch(model_, id_, way, centre, std::move(down), std::move(up),
+                            info->lower_, info->upper_);
+  }
+
+ private:
+  int size() const { return static_cast<int>(cols_.size()); }
+  // Start of the window of width_ members with the most absolute value.
+  int best_window(const double *x) const {
+    int best = 0;
+    double most = -1.0;
+    for (int k = 0; k + width_ <= std::max(size(), width_); ++k) {
+      double m = 0.0;
+      for (int i = k; i < std::min(k + width_, size()); ++i) m += std::fabs(x[cols_[i]]);
+      if (m > most) {
+        most = m;
+        best = k;
+      }
+    }
+    return best;
+  }
+  double best_window_mass(const double *x) const {
+    int k = best_window(x);
+    double m = 0.0;
+    for (int i = k; i < std::min(k + width_, size()); ++i) m += std::fabs(x[cols_[i]]);
+    return m;
+  }
+
+  std::vector<int> cols_;
+  std::vector<double> w_;
+  int width_;  // members that may be non-zero: 1 or 2 adjacent
+};
 
 }  // namespace
 
@@ -54,8 +146,11 @@ void add_set_objects(const kvsl_prob *prob, CbcModel &model, const directive_ind
       weights.push_back(prob->setref[k]);
     }
     if (cols.empty()) continue;
-    objects.push_back(new weighted_set(&model, cols, weights, s, prob->settype[s] == '2' ? 2 : 1,
-                                       dirs.set(s)));
+    auto *obj = new set_object(&model, std::move(cols), std::move(weights),
+                               prob->settype[s] == '2' ? 2 : 1);
+    obj->setId(s);
+    apply_directive(dirs.set(s), *obj);
+    objects.push_back(obj);
   }
   if (!objects.empty()) model.addObjects(static_cast<int>(objects.size()), objects.data());
   for (auto *obj : objects) delete obj;

@@ -64,6 +64,30 @@ inline int load_global(KVSLprob p, const dense_model &m, const std::string &type
                           nullptr, nullptr, nullptr, nullptr);
 }
 
+// Load a dense model with entities and sets (members and weights per set).
+inline int load_sets(KVSLprob p, const dense_model &m, const std::string &types,
+              const std::vector<int> &cols, const std::vector<double> &limits,
+              const std::string &settypes, const std::vector<std::vector<int>> &members,
+              const std::vector<std::vector<double>> &weights) {
+  column_arrays c(m);
+  std::vector<int64_t> start{0};
+  std::vector<int> setcol;
+  std::vector<double> setref;
+  for (size_t s = 0; s < members.size(); ++s) {
+    setcol.insert(setcol.end(), members[s].begin(), members[s].end());
+    setref.insert(setref.end(), weights[s].begin(), weights[s].end());
+    start.push_back(static_cast<int64_t>(setcol.size()));
+  }
+  return KVSLloadglobal64(p, "test", m.ncols(), m.nrows(), m.rowtype.data(), m.rhs.data(),
+                          m.range.empty() ? nullptr : m.range.data(), m.obj.data(),
+                          c.start.data(), nullptr, c.ind.data(), c.val.data(),
+                          m.lb.empty() ? nullptr : m.lb.data(),
+                          m.ub.empty() ? nullptr : m.ub.data(), static_cast<int>(cols.size()),
+                          static_cast<int>(members.size()), types.data(), cols.data(),
+                          limits.empty() ? nullptr : limits.data(), settypes.data(), start.data(),
+                          setcol.data(), setref.data());
+}
+
 inline int int_attr(KVSLprob p, int attr) {
   int v = -12345;
   EXPECT_EQ(KVSLgetintattrib(p, attr, &v), 0);

@@ -1,0 +1,487 @@
+/*
+ * mip_oracle.cpp -- generation of random small models with entities and
+ * their solution by enumeration with Clp as the continuous solver.
+ */
+#include "mip_oracle.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <sstream>
+
+#include <ClpSimplex.hpp>
+#include <CoinPackedMatrix.hpp>
+
+namespace oracle {
+
+namespace {
+
+constexpr double inf = KVSL_INFINITY;
+
+// A small deterministic generator (the same numbers on every platform).
+class rng {
+ public:
+  explicit rng(uint64_t seed) : s_(seed * 0x9E3779B97F4A7C15ull + 0x632BE59BD9B4E019ull) {}
+  uint64_t next() {
+    uint64_t z = (s_ += 0x9E3779B97F4A7C15ull);
+    z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9ull;
+    z = (z ^ (z >> 27)) * 0x94D049BB133111EBull;
+    return z ^ (z >> 31);
+  }
+  // Uniform integer in [lo, hi].
+  int in(int lo, int hi) { return lo + static_cast<int>(next() % static_cast<uint64_t>(hi - lo + 1)); }
+  // True with probability p percent.
+  bool chance(int p) { return in(0, 99) < p; }
+  template <class T>
+  T pick(std::initializer_list<T> v) { return v.begin()[in(0, static_cast<int>(v.size()) - 1)]; }
+
+ private:
+  uint64_t s_;
+};
+
+// Draw a column of type t.
+void draw_column(rng &r, model &m, char t) {
+  double lb = 0, ub = inf, limit = 0;
+  switch (t) {
+    case 'C':
+      lb = r.pick<double>({0, 0, -inf, -3, 1});
+      ub = r.pick<double>({inf, 4, 10, 2.5});
+      if (ub < lb) ub = lb + r.in(0, 2);
+      break;
+    case 'B': ub = 1; break;
+    case 'I':
+      lb = r.pick<double>({0, 0, -2, 1});
+      ub = lb + r.in(0, 3);
+      break;
+    case 'S':
+      limit = r.pick<double>({1, 2, 2.5, 4});
+      ub = r.pick<double>({inf, 3, 6, 1.5, limit});
+      break;
+    case 'R':
+      limit = r.pick<double>({1, 2, 2.5});
+      ub = r.pick<double>({3, 5, 2});
+      break;
+    case 'P':
+      lb = r.pick<double>({0, 0, -1});
+      limit = r.pick<double>({1, 2, 2.5, 3});
+      ub = r.pick<double>({inf, 5, 2});
+      break;
+    default: break;
+  }
+  m.coltype.push_back(t);
+  m.lb.push_back(lb);
+  m.ub.push_back(ub);
+  m.limit.push_back(limit);
+  m.obj.push_back(r.chance(15) ? 0.0 : r.in(-6, 6));
+}
+
+// Column types a model of the given kinds draws from.
+std::string column_types(unsigned kinds) {
+  std::string t = "CC";
+  if (kinds & k_integer) t += "BBII";
+  if (kinds & k_semicont) t += "SSR";
+  if (kinds & k_partint) t += "PP";
+  if (kinds & k_indicator) t += "B";
+  return t;
+}
+
+// A set over some columns, members in increasing weight.
+void draw_set(rng &r, model &m, char type) {
+  std::vector<int> cols(m.ncols());
+  std::iota(cols.begin(), cols.end(), 0);
+  for (int k = m.ncols() - 1; k > 0; --k) std::swap(cols[k], cols[r.in(0, k)]);
+  int size = r.in(2, std::min(m.ncols(), 5));
+  cols.resize(size);
+  std::vector<double> w;
+  double next = r.in(0, 3);
+  for (int k = 0; k < size; ++k) {
+    w.push_back(next);
+    next += r.pick<double>({1, 0.5, 2});
+  }
+  m.settype.push_back(type);
+  m.members.push_back(cols);
+  m.weights.push_back(w);
+}
+
+// Number of combinations the oracle enumerates (capped).
+double combinations(const model &m);
+
+}  // namespace
+
+model generate(uint64_t seed, unsigned kinds) {
+  for (uint64_t attempt = 0;; ++attempt) {
+    rng r(seed * 1000003ull + attempt);
+    model m;
+    m.sense = r.chance(50) ? 1 : -1;
+    int n = r.in(2, 8), rows = r.in(1, 5);
+    std::string types = column_types(kinds);
+    for (int j = 0; j < n; ++j) draw_column(r, m, types[r.in(0, static_cast<int>(types.size()) - 1)]);
+    for (int i = 0; i < rows; ++i) {
+      char t = r.pick<char>({'L', 'L', 'G', 'G', 'E', 'R', 'N'});
+      m.rowtype.push_back(t);
+      m.rhs.push_back(r.in(-4, 12));
+      m.range.push_back(t == 'R' ? r.pick<double>({0, 1, 3, 6}) : 0.0);
+      std::vector<double> row(n, 0.0);
+      for (int j = 0; j < n; ++j)
+        if (r.chance(60)) row[j] = r.pick<double>({1, 1, 2, 3, 5, -1, -2, -4, 0.5});
+      // Now and then a repeated row: degenerate models.
+      if (i > 0 && r.chance(10)) {
+        row = m.a[i - 1];
+        m.rhs.back() = m.rhs[i - 1];
+      }
+      m.a.push_back(row);
+    }
+    if (kinds & k_sos1) {
+      int k = r.in(1, 2);
+      for (int s = 0; s < k; ++s) draw_set(r, m, '1');
+    }
+    if (kinds & k_sos2) {
+      int k = r.in(1, 2);
+      for (int s = 0; s < k; ++s) draw_set(r, m, '2');
+    }
+    if (kinds & k_indicator) {
+      std::vector<int> bins;
+      for (int j = 0; j < n; ++j)
+        if (m.coltype[j] == 'B') bins.push_back(j);
+      for (int i = 0; i < rows && !bins.empty(); ++i) {
+        if (m.rowtype[i] == 'N' || !r.chance(60)) continue;
+        m.indrow.push_back(i);
+        m.indcol.push_back(bins[r.in(0, static_cast<int>(bins.size()) - 1)]);
+        m.indflag.push_back(r.chance(60) ? 1 : -1);
+      }
+    }
+    if (kinds & k_heldout) {
+      for (int i = 0; i < rows; ++i) {
+        if (r.chance(30)) m.delayed.push_back(i);
+        else if (r.chance(30)) m.modelcuts.push_back(i);
+      }
+    }
+    if (kinds & k_directive) {
+      for (int j = 0; j < n; ++j)
+        if (m.coltype[j] != 'C' && r.chance(50)) {
+          m.dirobj.push_back(j);
+          m.dirprio.push_back(r.in(0, 1000));
+          m.dirdir.push_back(r.pick<char>({'U', 'D', 'N'}));
+        }
+      for (int s = 0; s < static_cast<int>(m.settype.size()); ++s)
+        if (r.chance(50)) {
+          m.dirobj.push_back(-s - 1);
+          m.dirprio.push_back(r.in(0, 1000));
+          m.dirdir.push_back(r.pick<char>({'U', 'D', 'N'}));
+        }
+    }
+    if (combinations(m) <= 2000) return m;
+  }
+}
+
+namespace {
+
+// The pieces a column may take: intervals, one of which holds the value.
+struct piece {
+  double lo, up;
+};
+
+std::vector<piece> pieces_of(const model &m, int j) {
+  double lb = m.lb[j], ub = m.ub[j], l = m.limit[j];
+  std::vector<piece> out;
+  auto integers = [&](double lo, double up, double below) {
+    for (double v = std::ceil(lo); v <= up && v < below; v += 1.0) out.push_back({v, v});
+  };
+  switch (m.coltype[j]) {
+    case 'C': out.push_back({lb, ub}); break;
+    case 'B': case 'I': integers(lb, ub, inf); break;
+    case 'S':
+      if (lb <= 0 && ub >= 0) out.push_back({0, 0});
+      if (std::max(lb, l) <= ub) out.push_back({std::max(lb, l), ub});
+      break;
+    case 'R':
+      if (lb <= 0 && ub >= 0) out.push_back({0, 0});
+      integers(std::max(lb, l), ub, inf);
+      break;
+    case 'P':
+      integers(lb, ub, l);
+      if (std::max(lb, l) <= ub) out.push_back({std::max(lb, l), ub});
+      break;
+    default: break;
+  }
+  return out;
+}
+
+// The windows of a set: the runs of members that may be non-zero.
+int windows_of(const model &m, int s) {
+  int size = static_cast<int>(m.members[s].size());
+  return m.settype[s] == '2' ? std::max(size - 1, 1) : size;
+}
+
+double combinations(const model &m) {
+  double c = 1;
+  for (int j = 0; j < m.ncols(); ++j) c *= std::max<double>(pieces_of(m, j).size(), 1);
+  for (int s = 0; s < static_cast<int>(m.settype.size()); ++s) c *= windows_of(m, s);
+  return c;
+}
+
+// Backend bounds of a row.
+void row_bounds(const model &m, int i, double &lo, double &up) {
+  double b = m.rhs[i];
+  lo = -COIN_DBL_MAX;
+  up = COIN_DBL_MAX;
+  switch (m.rowtype[i]) {
+    case 'L': up = b; break;
+    case 'G': lo = b; break;
+    case 'E': lo = up = b; break;
+    case 'R': lo = b - m.range[i]; up = b; break;
+    default: break;
+  }
+}
+
+double backend(double v) { return v >= inf ? COIN_DBL_MAX : v <= -inf ? -COIN_DBL_MAX : v; }
+
+// Clp's verdict on the LP it holds: 0 optimal, 1 infeasible, 2 unbounded.
+// Anything but an optimum is settled in two steps, as Clp's simplex calls
+// some unbounded models infeasible: feasibility alone (zero objective,
+// primal simplex from a slack basis), then the objective from there.
+int lp_verdict(ClpSimplex &lp) {
+  lp.dual();
+  if (lp.status() == 0) return 0;
+  std::vector<double> c(lp.objective(), lp.objective() + lp.numberColumns());
+  std::vector<double> zero(c.size(), 0.0);
+  lp.chgObjCoefficients(zero.data());
+  lp.allSlackBasis(true);
+  lp.primal();
+  bool feasible = lp.status() == 0;
+  lp.chgObjCoefficients(c.data());
+  if (!feasible) {
+    lp.allSlackBasis(true);
+    return 1;
+  }
+  lp.primal(1);
+  if (lp.status() == 0) return 0;
+  lp.allSlackBasis(true);
+  return 2;
+}
+
+// A Clp model of the rows and objective (sense folded into the objective).
+void build_lp(const model &m, ClpSimplex &lp) {
+  CoinPackedMatrix a(true, 0, 0);
+  a.setDimensions(m.nrows(), 0);
+  std::vector<double> lo(m.nrows()), up(m.nrows());
+  for (int i = 0; i < m.nrows(); ++i) row_bounds(m, i, lo[i], up[i]);
+  std::vector<double> c(m.ncols()), cl(m.ncols()), cu(m.ncols());
+  for (int j = 0; j < m.ncols(); ++j) {
+    std::vector<int> ind;
+    std::vector<double> val;
+    for (int i = 0; i < m.nrows(); ++i)
+      if (m.a[i][j] != 0.0) {
+        ind.push_back(i);
+        val.push_back(m.a[i][j]);
+      }
+    a.appendCol(static_cast<int>(ind.size()), ind.data(), val.data());
+    c[j] = m.sense * m.obj[j];
+    cl[j] = backend(m.lb[j]);
+    cu[j] = backend(m.ub[j]);
+  }
+  lp.loadProblem(a, cl.data(), cu.data(), c.data(), lo.data(), up.data());
+  lp.setLogLevel(0);
+}
+
+}  // namespace
+
+verdict solve(const model &m) {
+  ClpSimplex lp;
+  build_lp(m, lp);
+  int n = m.ncols(), nsets = static_cast<int>(m.settype.size());
+  std::vector<double> rlo(m.nrows()), rup(m.nrows());
+  for (int i = 0; i < m.nrows(); ++i) row_bounds(m, i, rlo[i], rup[i]);
+
+  verdict v{KVSL_MIP_INFEAS, 0.0, false};
+  // The relaxation: every entity at its widest, no indicator row, no set.
+  for (int j = 0; j < n; ++j) {
+    double lo = m.lb[j], up = m.ub[j];
+    if (m.coltype[j] == 'S' || m.coltype[j] == 'R') lo = std::min(lo, 0.0);
+    lp.setColumnBounds(j, backend(lo), backend(up));
+  }
+  for (int k = 0; k < static_cast<int>(m.indrow.size()); ++k)
+    lp.setRowBounds(m.indrow[k], -COIN_DBL_MAX, COIN_DBL_MAX);
+  v.relaxation_unbounded = lp_verdict(lp) == 2;
+
+  std::vector<std::vector<piece>> pieces(n);
+  for (int j = 0; j < n; ++j) {
+    pieces[j] = pieces_of(m, j);
+    if (pieces[j].empty()) return v;  // no value at all: infeasible
+  }
+  // Mixed-radix counter over column pieces, then set windows.
+  std::vector<int> radix;
+  for (int j = 0; j < n; ++j) radix.push_back(static_cast<int>(pieces[j].size()));
+  for (int s = 0; s < nsets; ++s) radix.push_back(windows_of(m, s));
+  std::vector<int> digit(radix.size(), 0);
+  bool found = false, unbounded = false;
+  double best = 0.0;
+  for (;;) {
+    std::vector<double> lo(n), up(n);
+    for (int j = 0; j < n; ++j) {
+      lo[j] = pieces[j][digit[j]].lo;
+      up[j] = pieces[j][digit[j]].up;
+    }
+    bool empty = false;
+    for (int s = 0; s < nsets && !empty; ++s) {
+      int w = digit[n + s], width = m.settype[s] == '2' ? 2 : 1;
+      for (int k = 0; k < static_cast<int>(m.members[s].size()); ++k) {
+        if (k >= w && k < w + width) continue;
+        int j = m.members[s][k];
+        lo[j] = std::max(lo[j], 0.0);
+        up[j] = std::min(up[j], 0.0);
+        if (lo[j] > up[j]) empty = true;
+      }
+    }
+    if (!empty) {
+      for (int j = 0; j < n; ++j) lp.setColumnBounds(j, backend(lo[j]), backend(up[j]));
+      for (int i = 0; i < m.nrows(); ++i) lp.setRowBounds(i, rlo[i], rup[i]);
+      for (int k = 0; k < static_cast<int>(m.indrow.size()); ++k) {
+        int z = static_cast<int>(lo[m.indcol[k]]);
+        if (z != (m.indflag[k] > 0 ? 1 : 0))
+          lp.setRowBounds(m.indrow[k], -COIN_DBL_MAX, COIN_DBL_MAX);
+      }
+      int r = lp_verdict(lp);
+      if (r == 2) unbounded = true;
+      if (r == 0) {
+        double obj = m.sense * lp.objectiveValue();
+        if (!found || m.sense * (obj - best) < 0) best = obj;
+        found = true;
+      }
+    }
+    size_t d = 0;
+    while (d < digit.size() && ++digit[d] == radix[d]) digit[d++] = 0;
+    if (d == digit.size()) break;
+  }
+  if (unbounded) v.status = KVSL_MIP_UNBOUNDED;
+  else if (found) {
+    v.status = KVSL_MIP_OPTIMAL;
+    v.objective = best;
+  }
+  return v;
+}
+
+bool feasible(const model &m, const std::vector<double> &x, std::string *why) {
+  constexpr double tol = 1e-6;
+  auto fail = [&](const std::string &s) {
+    if (why != nullptr) *why = s;
+    return false;
+  };
+  auto integral = [&](double v) { return std::fabs(v - std::round(v)) <= tol; };
+  for (int j = 0; j < m.ncols(); ++j) {
+    double v = x[j];
+    if (v < m.lb[j] - tol || v > m.ub[j] + tol) return fail("bound of column " + std::to_string(j));
+    char t = m.coltype[j];
+    if ((t == 'B' || t == 'I' || t == 'R') && !integral(v))
+      return fail("integrality of column " + std::to_string(j));
+    if ((t == 'S' || t == 'R') && std::fabs(v) > tol && v < m.limit[j] - tol)
+      return fail("semi-continuous column " + std::to_string(j));
+    if (t == 'P' && v < m.limit[j] - tol && !integral(v))
+      return fail("partial integer column " + std::to_string(j));
+  }
+  std::vector<char> in_force(m.nrows(), 1);
+  for (size_t k = 0; k < m.indrow.size(); ++k)
+    if (std::lround(x[m.indcol[k]]) != (m.indflag[k] > 0 ? 1 : 0)) in_force[m.indrow[k]] = 0;
+  for (int i = 0; i < m.nrows(); ++i) {
+    if (!in_force[i]) continue;
+    double act = 0;
+    for (int j = 0; j < m.ncols(); ++j) act += m.a[i][j] * x[j];
+    double lo, up;
+    row_bounds(m, i, lo, up);
+    double t = tol * (1 + std::fabs(act));
+    if (act < lo - t || act > up + t) return fail("row " + std::to_string(i));
+  }
+  for (size_t s = 0; s < m.settype.size(); ++s) {
+    int first = -1, last = -1;
+    for (int k = 0; k < static_cast<int>(m.members[s].size()); ++k)
+      if (std::fabs(x[m.members[s][k]]) > tol) {
+        if (first < 0) first = k;
+        last = k;
+      }
+    if (first >= 0 && last - first + 1 > (m.settype[s] == '2' ? 2 : 1))
+      return fail("set " + std::to_string(s));
+  }
+  return true;
+}
+
+int load(KVSLprob p, const model &m) {
+  std::vector<int64_t> start{0};
+  std::vector<int> ind;
+  std::vector<double> val;
+  for (int j = 0; j < m.ncols(); ++j) {
+    for (int i = 0; i < m.nrows(); ++i)
+      if (m.a[i][j] != 0.0) {
+        ind.push_back(i);
+        val.push_back(m.a[i][j]);
+      }
+    start.push_back(static_cast<int64_t>(ind.size()));
+  }
+  std::string enttype;
+  std::vector<int> entcol;
+  std::vector<double> entlimit;
+  for (int j = 0; j < m.ncols(); ++j)
+    if (m.coltype[j] != 'C') {
+      enttype.push_back(m.coltype[j]);
+      entcol.push_back(j);
+      entlimit.push_back(m.limit[j]);
+    }
+  std::vector<int64_t> setstart{0};
+  std::vector<int> setcol;
+  std::vector<double> setref;
+  for (size_t s = 0; s < m.settype.size(); ++s) {
+    setcol.insert(setcol.end(), m.members[s].begin(), m.members[s].end());
+    setref.insert(setref.end(), m.weights[s].begin(), m.weights[s].end());
+    setstart.push_back(static_cast<int64_t>(setcol.size()));
+  }
+  int rc = KVSLloadglobal64(p, "oracle", m.ncols(), m.nrows(), m.rowtype.data(), m.rhs.data(),
+                            m.range.data(), m.obj.data(), start.data(), nullptr, ind.data(),
+                            val.data(), m.lb.data(), m.ub.data(),
+                            static_cast<int>(entcol.size()), static_cast<int>(m.settype.size()),
+                            enttype.data(), entcol.data(), entlimit.data(), m.settype.data(),
+                            setstart.data(), setcol.data(), setref.data());
+  if (rc == 0 && !m.indrow.empty())
+    rc = KVSLsetindicators(p, static_cast<int>(m.indrow.size()), m.indrow.data(),
+                           m.indcol.data(), m.indflag.data());
+  if (rc == 0 && !m.delayed.empty())
+    rc = KVSLloaddelayedrows(p, static_cast<int>(m.delayed.size()), m.delayed.data());
+  if (rc == 0 && !m.modelcuts.empty())
+    rc = KVSLloadmodelcuts(p, static_cast<int>(m.modelcuts.size()), m.modelcuts.data());
+  if (rc == 0 && !m.dirobj.empty())
+    rc = KVSLloaddirs(p, static_cast<int>(m.dirobj.size()), m.dirobj.data(), m.dirprio.data(),
+                      m.dirdir.data(), nullptr, nullptr);
+  return rc;
+}
+
+std::string describe(const model &m) {
+  std::ostringstream o;
+  o << (m.sense > 0 ? "min" : "max");
+  for (int j = 0; j < m.ncols(); ++j) o << " " << m.obj[j] << " x" << j;
+  o << "\n";
+  for (int i = 0; i < m.nrows(); ++i) {
+    o << "  r" << i << ":";
+    for (int j = 0; j < m.ncols(); ++j)
+      if (m.a[i][j] != 0.0) o << " " << m.a[i][j] << " x" << j;
+    o << " " << m.rowtype[i] << " " << m.rhs[i];
+    if (m.rowtype[i] == 'R') o << " range " << m.range[i];
+    o << "\n";
+  }
+  for (int j = 0; j < m.ncols(); ++j)
+    o << "  x" << j << " " << m.coltype[j] << " [" << m.lb[j] << ", " << m.ub[j] << "] limit "
+      << m.limit[j] << "\n";
+  for (size_t s = 0; s < m.settype.size(); ++s) {
+    o << "  set " << s << " type " << m.settype[s] << ":";
+    for (size_t k = 0; k < m.members[s].size(); ++k)
+      o << " x" << m.members[s][k] << "@" << m.weights[s][k];
+    o << "\n";
+  }
+  for (size_t k = 0; k < m.indrow.size(); ++k)
+    o << "  r" << m.indrow[k] << " in force when x" << m.indcol[k] << " = "
+      << (m.indflag[k] > 0 ? 1 : 0) << "\n";
+  for (int i : m.delayed) o << "  r" << i << " delayed\n";
+  for (int i : m.modelcuts) o << "  r" << i << " model cut\n";
+  for (size_t k = 0; k < m.dirobj.size(); ++k)
+    o << "  directive " << m.dirobj[k] << " prio " << m.dirprio[k] << " " << m.dirdir[k] << "\n";
+  return o.str();
+}
+
+}  // namespace oracle
