@@ -92,7 +92,7 @@ int read_fields(MDLreadfn fn, void *handle, FILE *stream, int maxlen, const char
 int reader_fuzz_one(const uint8_t *data, size_t size) {
   if (size < header_size) return 0;
   const int call = data[0];
-  const int maxlen = static_cast<int>(data[1]) - 16;
+  const int maxlen = (static_cast<int>(data[1]) - 16) * 3;
   const int n = static_cast<int>(data[2]) % 48 - 4;
   const char signs[4] = {'.', ',', static_cast<char>(data[3]), '.'};
   const char *rest = reinterpret_cast<const char *>(data + header_size);

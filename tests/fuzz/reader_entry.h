@@ -9,7 +9,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
-// Layout of the bytes: [call][maxlen+16][n+4 (mod 48)][decimal sign]
+// Layout of the bytes: [call][maxlen/3+16][n+4 (mod 48)][decimal sign]
 // format '\n' input.  Call bits: 1 array reader, 2 stream instead of a line
 // callback, 4 and 8 choose the decimal sign ('.', ',', the fourth byte).
 // Reads until end of input (or a bad format); aborts when a result is out

@@ -5,9 +5,11 @@
  */
 #include <gtest/gtest.h>
 #include <limits.h>
+#include <malloc.h>
 #include <math.h>
 #include <stdint.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 
 #include <string>
@@ -409,6 +411,46 @@ TEST_F(ReadFields, LongerLineComesInPiecesWithNothingLost) {
   input(std::string(80, 'k') + "\n");
   EXPECT_EQ(mdlreadlinecb(read_memory_line, &src, -5, "t", t), 1);
   EXPECT_EQ(strlen(t), 80u);
+}
+
+// Allocator hooks that count the large blocks (line buffers beyond the
+// stack) and can refuse them.
+size_t large_allocs, large_frees;
+bool refuse_large;
+constexpr size_t large = 1000;
+void *counting_malloc(size_t n) {
+  if (n >= large) {
+    if (refuse_large) return nullptr;
+    ++large_allocs;
+  }
+  return malloc(n);
+}
+void counting_free(void *p) {
+  if (p != nullptr && malloc_usable_size(p) >= large) ++large_frees;
+  free(p);
+}
+
+TEST_F(ReadFields, LongLineBufferComesFromTheHooksAndGoesBack) {
+  auto *old_malloc = mdlsl_malloc;
+  auto *old_free = mdlsl_free;
+  mdlsl_malloc = counting_malloc;
+  mdlsl_free = counting_free;
+  large_allocs = large_frees = 0;
+  refuse_large = false;
+  std::string line(1500, 'q');
+  char t[1501];
+  input(line + "\n");
+  EXPECT_EQ(mdlreadlinecb(read_memory_line, &src, 1500, "t2000", t), 1);
+  EXPECT_EQ(std::string(t), line);
+  EXPECT_EQ(large_allocs, 1u);
+  EXPECT_EQ(large_frees, 1u);
+  // Without a buffer no line can be read.
+  refuse_large = true;
+  input(line + "\n");
+  EXPECT_EQ(mdlreadlinecb(read_memory_line, &src, 1500, "t2000", t), -1);
+  EXPECT_EQ(src.calls, 0);
+  mdlsl_malloc = old_malloc;
+  mdlsl_free = old_free;
 }
 
 TEST_F(ReadFields, MissingFieldLeavesRemainingPointersUntouched) {
