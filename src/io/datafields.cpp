@@ -5,11 +5,12 @@
 #include "io/datafields.h"
 
 #include <math.h>
+#include <stdlib.h>
 #include <string.h>
 
 #include <charconv>
-#include <memory>
-#include <new>
+
+#include "kvtl.h"
 
 namespace kvtl {
 
@@ -90,18 +91,19 @@ double number_value(const number_parts &n) {
   size_t length = (n.int_end - n.int_begin) + (n.frac_end - n.frac_begin) +
                   (n.exp_end - n.exp_begin) + 4;
   char stack_text[exact_span_max];
-  std::unique_ptr<char[]> heap_text;
   char *text = stack_text;
-  if (length > sizeof stack_text) {
-    heap_text.reset(new (std::nothrow) char[length]);
-    text = heap_text.get();
-  }
+  void (*release)(void *) = mdlsl_free ? mdlsl_free : free;
+  if (length > sizeof stack_text)
+    text = static_cast<char *>((mdlsl_malloc ? mdlsl_malloc : malloc)(length));
   double v = 0;
+  bool exact = false;
   if (text != nullptr) {
     size_t used = normalise(n, text);
     auto [end, ec] = std::from_chars(text, text + used, v);
-    if (ec == std::errc() && end == text + used) return v;
+    exact = ec == std::errc() && end == text + used;
+    if (text != stack_text) release(text);
   }
+  if (exact) return v;
   bool zero;
   int64_t lead = leading_exponent(n, zero);
   v = zero || lead < 0 ? 0.0 : HUGE_VAL;
