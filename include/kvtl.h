@@ -181,6 +181,28 @@ KVTL_API struct mdl_entity_entry *mdladdtodel(MDLprob prob, int kind, void *enti
  * into `buffer` (at least 20 characters). */
 KVTL_API const char *mdlmktn(char *buffer, const void *handle);
 
+/* ---- Index sets -------------------------------------------------------------
+ * Ordered, growable sets of element names: adding a name returns its
+ * position (from 0, in order of first addition), so names map to array
+ * indices.  All sets of a problem share one element-name dictionary. */
+typedef struct mdl_idxset *MDLidxset;
+
+/* A new empty set with room for `size` elements (at least 5); null on
+ * failure. */
+KVTL_API MDLidxset mdlnewidxset_prob(MDLprob prob, const char *name, int size);
+/* Position of the element, added at the end when new; -1 on failure. */
+KVTL_API int mdladdidxel(MDLidxset set, const char *name);
+/* Position of the element, or -1 when it is not in the set. */
+KVTL_API int mdlgetidxel(MDLidxset set, const char *name);
+/* Number of elements, -1 for no set. */
+KVTL_API int mdlgetidxsetsize(MDLidxset set);
+/* The set's name (the generated name when it has none); null for no set. */
+KVTL_API const char *mdlgetidxsetname(MDLidxset set);
+/* The element at a position, null outside 0 .. size - 1. */
+KVTL_API const char *mdlgetidxelname(MDLidxset set, int position);
+/* Print "name: elements" through the problem's output; 0, or 1 for no set. */
+KVTL_API int mdlprintidxset(MDLidxset set);
+
 /* ---- Variables ------------------------------------------------------------ */
 
 /* Variable types. */
@@ -220,6 +242,42 @@ KVTL_API void *mdlgetvarlink(MDLvar var);
 /* 1 when 0 is feasible for the variable, else 0 with the feasible value
  * nearest to 0 written to `value` (when not null). */
 KVTL_API int mdlisvarzerofeas(MDLvar var, double *value);
+
+/* ---- Arrays of variables and sums -------------------------------------------
+ * An array of variables is indexed directly like a plain array of variable
+ * handles: the handle is the address of its first slot.  Complete arrays are
+ * made at once; open ones are filled slot by slot and then closed. */
+typedef MDLvar *MDLarrvar;
+
+/* A closed array of `size` new variables of one type and bounds, named
+ * after the array ("x", "x_1", ...); null on failure or for size <= 0. */
+KVTL_API MDLarrvar mdlnewarrvar_prob(MDLprob prob, int size, int type, const char *name,
+                                     double lb, double ub);
+/* An open array of `capacity` empty slots; null on failure or for
+ * capacity <= 0. */
+KVTL_API MDLarrvar mdlstartarrvar_prob(MDLprob prob, int capacity, const char *name);
+/* Fill the first free slot / the slot at `position` of an open array. */
+KVTL_API int mdlapparrvarel(MDLarrvar arr, MDLvar var);
+KVTL_API int mdlsetarrvarel(MDLarrvar arr, int position, MDLvar var);
+/* Close an open array whose slots are all filled. */
+KVTL_API int mdlendarrvar(MDLarrvar arr);
+/* Delete the array (its variables stay in the problem). */
+KVTL_API int mdldelarrvar(MDLarrvar arr);
+/* Size (negative capacity while open), -1 for no array. */
+KVTL_API int mdlgetarrvarsize(MDLarrvar arr);
+/* The name, "Anon" when the problem keeps no names, null for no array. */
+KVTL_API const char *mdlgetarrvarname(MDLarrvar arr);
+/* Add coefs[i] * arr[i] to the constraint for every slot. */
+KVTL_API int mdladdarrterm(MDLctr ctr, MDLarrvar arr, const double *coefs);
+/* New constraint sum(coefs[i] * arr[i]) `type` rhs; null on failure. */
+KVTL_API MDLctr mdlnewarrsum_prob(MDLprob prob, const char *name, MDLarrvar arr,
+                                  const double *coefs, int type, double rhs);
+/* New constraint sum(arr[i]) `type` rhs. */
+KVTL_API MDLctr mdlnewsum_prob(MDLprob prob, const char *name, MDLarrvar arr, int type,
+                               double rhs);
+/* New constraint sum((first + i) * arr[i]) `type` rhs. */
+KVTL_API MDLctr mdlnewsumc_prob(MDLprob prob, const char *name, MDLarrvar arr, int type,
+                                double first, double rhs);
 
 /* ---- Term lists ----------------------------------------------------------- */
 
@@ -265,6 +323,61 @@ KVTL_API int mdldup_qtermlst(MDLtermlst *target, MDLtermlst source);
 /* Add the terms of *source into *target; the source keeps its value. */
 KVTL_API int mdladd_termlst(MDLtermlst *target, MDLtermlst *source);
 KVTL_API int mdladd_qtermlst(MDLtermlst *target, MDLtermlst *source);
+
+/* ---- Expressions ------------------------------------------------------------
+ * A free-standing expression: constant plus linear and quadratic terms,
+ * kept in the library's global pool.  As a relation it reads: terms plus
+ * constant, related to 0 (a constraint's rhs is the negated constant).  A
+ * null expression reads as the empty one where it is only read. */
+typedef struct mdl_expr *MDLexpr;
+
+/* A new expression of one term: y alone (x null) or x alone a linear term,
+ * x and y a quadratic term, neither the constant; coefficient 0 gives the
+ * empty expression.  Null on failure. */
+KVTL_API MDLexpr mdlnewexpr(MDLvar x, MDLvar y, double coef);
+/* *copy receives a new expression equal to expr: 0, or 1 on failure. */
+KVTL_API int mdldupexpr(MDLexpr *copy, MDLexpr expr);
+/* Clear the expression and give the object back. */
+KVTL_API int mdldelexpr(MDLexpr expr);
+/* Constant 0, no terms. */
+KVTL_API int mdlclearexpr(MDLexpr expr);
+/* Target becomes a copy of source: 0, or -1 on failure (target unchanged). */
+KVTL_API int mdlassignexpr(MDLexpr target, MDLexpr source);
+/* Target plus source: 0, or -1 on failure (target unchanged). */
+KVTL_API int mdladdexpr(MDLexpr target, MDLexpr source);
+/* Add to / set one term's coefficient (variables as in mdlnewexpr; setting
+ * 0 removes the term): 0, or 1 on failure. */
+KVTL_API int mdladdexpr_term(MDLexpr expr, MDLvar x, MDLvar y, double coef);
+KVTL_API int mdlsetexpr_term(MDLexpr expr, MDLvar x, MDLvar y, double coef);
+/* Multiply by a constant; negate. */
+KVTL_API int mdlmulcexpr(MDLexpr expr, double factor);
+KVTL_API int mdlchsexpr(MDLexpr expr);
+/* Target times factor: 0; 1 when the product would not be quadratic
+ * (target unchanged; callers report it as error 1591); -1 on failure. */
+KVTL_API int mdlmulexpr(MDLexpr target, MDLexpr factor);
+/* 0 constant only, 1 linear, 2 quadratic only, 3 linear and quadratic. */
+KVTL_API int mdlgetstatexpr(MDLexpr expr);
+/* Value at the current solution; a variable without a column counts with
+ * the feasible value nearest to 0. */
+KVTL_API double mdlevalexpr(MDLexpr expr);
+/* Text of the expression related by a constraint type to 0, e.g.
+ * "- 3*x*z + 2*x + y  <= 4"; release it with mdlfree2str.  Null on failure. */
+KVTL_API char *mdlexpr2str(MDLexpr expr, int type);
+KVTL_API void mdlfree2str(char *text);
+/* Print the expression through the problem's output (null problem: the
+ * default output and format); for type R `range` is the width.  Returns 0. */
+KVTL_API int mdlprintexpr(MDLprob prob, MDLexpr expr, int type, double range);
+/* Constraint from an expression: type and terms (constant kept as is). */
+KVTL_API int mdlsetctr(MDLctr ctr, MDLexpr expr, int type);
+/* Add an expression to a constraint's terms and constant. */
+KVTL_API int mdlappctr(MDLctr ctr, MDLexpr expr);
+/* The built-in objective from the expression, made the objective: 1, or -1
+ * on failure. */
+KVTL_API int mdlsetobjexpr(MDLprob prob, MDLexpr expr);
+/* Members of a set from the expression's linear terms (coefficients are the
+ * weights): replace them / add to them. */
+KVTL_API int mdlsetsos(MDLsos sos, MDLexpr expr);
+KVTL_API int mdlappsos(MDLsos sos, MDLexpr expr);
 
 /* ---- Constraints and objective -------------------------------------------- */
 

@@ -467,6 +467,15 @@ int merge_lists(mdl_termlst **tp, mdl_termlst *s) {
   return 1;
 }
 
+// Does the sorted run hold zero nodes only?
+template <class Node>
+bool run_is_zero(const mdl_termlst *l) {
+  for (const Node *n = first_of<Node>(l);; n = n->next) {
+    if (n->coef != 0) return false;
+    if (n == l->last) return true;
+  }
+}
+
 // Add-list: T += S.  T is sorted when it holds resets; S when it holds resets
 // or when both tails together would not fit into one.
 template <class Node>
@@ -482,7 +491,13 @@ int add_list(mdl_termlst **tp, mdl_termlst **sp) {
     sort_list<Node>(sp);
     if (*sp == nullptr) return 0;
   }
-  return merge_lists<Node>(tp, *sp);
+  int r = merge_lists<Node>(tp, *sp);
+  // Cancelled ends are kept while operations stay pending; when nothing
+  // non-zero is left in the run, merge the tail so that a sum that cancels
+  // completely leaves no list behind.
+  if (r == 1 && *tp != nullptr && (*tp)->pending != 0 && run_is_zero<Node>(*tp))
+    sort_list<Node>(tp);
+  return r;
 }
 
 // The list's problem, when there is a list: used to report errors.

@@ -15,6 +15,7 @@
 #include "core/errors.h"
 #include "core/runtime.h"
 #include "expr/termlist.h"
+#include "problem/idxsets.h"
 #include "problem/names.h"
 
 namespace kvtl {
@@ -80,9 +81,9 @@ void release_entity(MDLprob prob, uint32_t kind, void *entity) {
     auto *var = static_cast<mdl_var *>(entity);
     if (var->link != nullptr && prob->cbdelvar != nullptr)
       prob->cbdelvar(prob, prob->cbdelvar_user, var, var->link);
+  } else if (kind == MDL_KIND_IDX) {
+    release_idxset(static_cast<mdl_idxset *>(entity));
   }
-  // Index sets keep their element tables in the index-set module, which
-  // frees them with its dictionary.
 }
 
 // Visit every entity once (dictionary or entity list) and free the

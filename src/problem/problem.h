@@ -45,6 +45,7 @@ struct mdl_problem {
   int32_t maxnamelen;            // longest name entered
   mdl_entity_entry *entities;    // used instead of the dictionary
   void *idxdict;                 // index-set dictionary
+  int32_t nidxnames;             // distinct element names in it
   mdl_ctr *objective;            // null: no objective
   mdl_ctr objrec;                // built-in objective "obj"
   mdl_ctr *ctrs;                 // newest first

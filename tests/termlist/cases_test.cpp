@@ -570,6 +570,23 @@ TEST_F(LinearList, AddListCancellingEndsWhilePendingKeepsThem) {
   EXPECT_EQ(mdlget_termlst_len(&list), 1);
 }
 
+// x + 2y + 3z plus its negated copy, for every order of insertion (some
+// leave y pending): nothing is left, so the reference becomes null.
+TEST_F(LinearList, AddListOfNegatedCopyDeletesTargetWhateverIsPending) {
+  std::vector<std::pair<int, double>> order{{10, 1}, {20, 2}, {30, 3}};
+  do {
+    for (auto [i, c] : order) mdladd_term(x[i], &list, c);
+    ASSERT_EQ(mdldup_termlst(&other, list), 1);
+    mdlchs_termlst(&other);
+    EXPECT_EQ(mdladd_termlst(&list, &other), 1);
+    EXPECT_EQ(list, nullptr);
+    EXPECT_EQ(value_of<mdl_term>(other), terms({{10, -1}, {20, -2}, {30, -3}}));
+    EXPECT_EQ(prob->refcount, 2);   // only the source's header is left
+    mdldel_termlst(&list);
+    mdldel_termlst(&other);
+  } while (std::next_permutation(order.begin(), order.end()));
+}
+
 TEST_F(LinearList, AddListToItselfDoubles) {
   mdladd_term(x[10], &list, 1);
   mdladd_term(x[30], &list, 3);
@@ -695,6 +712,20 @@ TEST_F(QuadList, OrderIsFirstVariableThenSecond) {
   EXPECT_EQ(check_list<mdl_qterm>(list, true), "");
   std::vector<std::pair<quad_key, double>> want{{k(1, 9), 3}, {k(2, 3), 4}, {k(2, 5), 1}, {k(2, 7), 3}};
   EXPECT_EQ(raw_nodes<mdl_qterm>(list), want);
+}
+
+TEST_F(QuadList, AddListOfNegatedCopyDeletesTargetWhateverIsPending) {
+  std::vector<std::pair<int, double>> order{{10, 1}, {20, 2}, {30, 3}};
+  do {
+    for (auto [i, c] : order) mdladd_qterm(x[i], x[i + 1], &list, c);
+    ASSERT_EQ(mdldup_qtermlst(&other, list), 1);
+    mdlchs_qtermlst(&other);
+    EXPECT_EQ(mdladd_qtermlst(&list, &other), 1);
+    EXPECT_EQ(list, nullptr);
+    EXPECT_EQ(prob->refcount, 2);
+    mdldel_qtermlst(&list);
+    mdldel_qtermlst(&other);
+  } while (std::next_permutation(order.begin(), order.end()));
 }
 
 TEST_F(QuadList, PairsAreStoredInHandleOrder) {
