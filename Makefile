@@ -3,7 +3,7 @@
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 
-.PHONY: all deps build demo test test-slow test-asan test-tsan bench clean
+.PHONY: all deps build demo test test-slow test-asan test-tsan bench fuzz clean
 
 all: build
 
@@ -45,5 +45,19 @@ bench:
 	/usr/bin/python3 bench/run_bench.py --build-dir build --readme bench/README.md $(BENCH_ARGS)
 	/usr/bin/python3 bench/write_bench.py --build-dir build $(BENCH_ARGS)
 
+# Fuzzing (never part of make test, which only replays the seed corpus):
+# the data file reader under ASan and UBSan for FUZZ_SECONDS on one core;
+# new inputs go to build-fuzz/reader_corpus, crashes to build-fuzz/.
+FUZZ_SECONDS ?= 60
+fuzz:
+	@./scripts/install-deps.sh fuzz
+	CC=clang-14 CXX=clang++-14 cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DKVTL_SANITIZE=ON -DKVTL_FUZZ=ON $(CMAKE_FLAGS) >/dev/null
+	cmake --build build-fuzz -j $(JOBS) --target reader_fuzz
+	mkdir -p build-fuzz/reader_corpus
+	UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ./build-fuzz/tests/reader_fuzz \
+	  -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 \
+	  -artifact_prefix=build-fuzz/ build-fuzz/reader_corpus tests/fuzz/reader_corpus
+
 clean:
-	rm -rf build build-asan build-tsan
+	rm -rf build build-asan build-tsan build-fuzz

@@ -7,6 +7,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <stdio.h>
 
 #ifdef __cplusplus
 extern "C" {
@@ -687,6 +688,29 @@ KVTL_API int mdlgetmiis_prob(MDLprob prob, MDLvar **vars, int *nvars, MDLctr **c
 KVTL_API int mdlgetiis_prob(MDLprob prob, MDLvar **vars, int *nvars, MDLctr **ctrs, int *nctrs,
                             int num);
 KVTL_API int mdlfreeiismem(void *array);
+/* ---- Data file reading ------------------------------------------------------
+ * Read one data line (skipping empty lines and lines starting with "!") and
+ * convert its fields as the format says: i (int32_t *), d f g r (double *),
+ * S "quoted" s 'quoted' T (quoted or not) t (unquoted) texts of at most the
+ * width that may follow the letter (default 80; the target needs one byte
+ * more).  A non-blank character after a conversion is the separator that
+ * must follow its field; "!" starts a comment, "&" continues the line.
+ * Numbers use the calling thread's decimal sign.  Result: the number of
+ * fields converted, -1 at end of input before a data line, -2 for a letter
+ * outside the table.  The line buffer holds maxlen characters, at least 80. */
+typedef char *(*MDLreadfn)(char *buffer, int size, void *handle);
+KVTL_API int mdlreadline(FILE *stream, int maxlen, const char *format, ...);
+KVTL_API int mdlreadlinecb(MDLreadfn readfn, void *handle, int maxlen,
+                           const char *format, ...);
+/* Read one data line of up to n values of one kind into an array: format is
+ * one letter, its width and its separator; the array holds int32_t for i,
+ * double for d f g r, and char * buffers of width+1 bytes for S s T t.
+ * Result: the number of elements stored, -1 at end of input, -2 for n < 1 or
+ * an unknown letter. */
+KVTL_API int mdlreadarrline(FILE *stream, int maxlen, const char *format,
+                            void *array, int n);
+KVTL_API int mdlreadarrlinecb(MDLreadfn readfn, void *handle, int maxlen,
+                              const char *format, void *array, int n);
 
 #ifdef __cplusplus
 }

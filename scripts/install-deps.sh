@@ -1,6 +1,7 @@
 #!/bin/sh
 # Installs the Debian packages the build and the tests need (and, with the
-# argument "bench", also what only the benchmarks need), when any is missing.
+# argument "bench" or "fuzz", also what only the benchmarks or the fuzz
+# runs need), when any is missing.
 # Needs root (or sudo) only when installing.
 set -e
 pkgs="build-essential cmake pkg-config gettext libgtest-dev libgmock-dev googletest
@@ -12,7 +13,10 @@ case "$1" in
   # The peer of the model-building comparison runs under the system
   # interpreter, which is the one that sees Debian's Python packages.
   bench) pkgs="$pkgs python3 python3-pulp libglpk-dev" ;;
-  *) echo "usage: $0 [bench]" >&2; exit 2 ;;
+  # Only the timed fuzz runs need clang and libFuzzer; the tests replay the
+  # corpus with the ordinary compiler.
+  fuzz) pkgs="$pkgs clang-14 libclang-rt-14-dev libfuzzer-14-dev" ;;
+  *) echo "usage: $0 [bench|fuzz]" >&2; exit 2 ;;
 esac
 missing=""
 for p in $pkgs; do
