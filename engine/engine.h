@@ -66,6 +66,7 @@ class CoinPackedMatrix;
 
 namespace kvsl {
 class backend_log;
+struct callback_state;
 
 // One global entity of the loaded problem.
 struct entity {
@@ -143,6 +144,8 @@ struct kvsl_prob {
   double mip_obj = 0.0;
   double best_bound = 0.0;
   std::unique_ptr<kvsl::ranging> ranges;
+  // Search callbacks and the cut pool (callbacks.h); null until first used.
+  std::shared_ptr<kvsl::callback_state> callbacks;
 
   kvsl_prob();
   ~kvsl_prob();
@@ -188,6 +191,8 @@ void prepare_lp_log(kvsl_prob *prob);
 int solve_lp(kvsl_prob *prob, const char *flags);
 // Run the global search; fills the MIP results.
 int solve_mip(kvsl_prob *prob, const char *flags);
+// Forget the cut pool (a new matrix was loaded).
+void clear_cut_pool(kvsl_prob *prob);
 // Is a flag letter (case-insensitive) in the option string?
 bool has_flag(const char *flags, char letter);
 

@@ -26,6 +26,7 @@
 #include <CoinError.hpp>
 #include <OsiClpSolverInterface.hpp>
 
+#include "callbacks.h"
 #include "log.h"
 #include "search.h"
 
@@ -218,7 +219,9 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     return !held.empty() && prob->mipstatus == KVSL_MIP_UNBOUNDED ? outcome::retry : outcome::done;
 
   bool objects = needs_objects(prob, held);
-  bool presolve = !objects && intcontrol(prob, KVSL_CTRL_MIPPRESOLVE) != 0;
+  // Application callbacks and cuts use the loaded column numbers.
+  bool presolve = !objects && !has_search_callbacks(prob) &&
+                  intcontrol(prob, KVSL_CTRL_MIPPRESOLVE) != 0;
   CglPreProcess process;
   process.passInMessageHandler(&log);
   OsiSolverInterface *pre = presolve ? process.preProcess(solver, false, 5) : &solver;
@@ -249,6 +252,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     add_set_objects(prob, model, dirs);
     add_indicator_objects(prob, model, indicator_rows, dirs);
   }
+  std::shared_ptr<void> app = attach_search_callbacks(prob, model);
   model.branchAndBound();
   prob->nodes += model.getNodeCount();
   prob->iterations += model.getIterationCount();
@@ -319,6 +323,10 @@ int solve_mip(kvsl_prob *prob, const char *flags) {
     return fail(prob, KVSL_ERR_BACKEND);
   }
   prob->solvetime = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+  if (search_callback_failed(prob)) {
+    prob->mipstatus = prob->mip_held ? KVSL_MIP_SOLUTION : KVSL_MIP_NO_SOL_FOUND;
+    return fail(prob, KVSL_ERR_CALLBACK);
+  }
   return 0;
 }
 

@@ -1,0 +1,51 @@
+/*
+ * callbacks.h -- the application's part in the global search: its cut pool
+ * and callbacks, and the hooks by which the search calls them.
+ */
+#ifndef KVSL_CALLBACKS_H
+#define KVSL_CALLBACKS_H
+
+#include <memory>
+#include <vector>
+
+#include "engine.h"
+
+class CbcModel;
+
+namespace kvsl {
+
+// One cut of the pool: sum val[k] x[col[k]] (rowtype) rhs.
+struct pool_cut {
+  int type;
+  char rowtype;
+  double rhs;
+  std::vector<int> col;
+  std::vector<double> val;
+};
+
+// The callbacks and cut pool of an engine problem.
+struct callback_state {
+  KVSLcbcutmgr cutmgr = nullptr;
+  void *cutmgr_user = nullptr;
+  KVSLcbpreintsol preintsol = nullptr;
+  void *preintsol_user = nullptr;
+  std::vector<std::unique_ptr<pool_cut>> pool;   // handles are the addresses
+  bool failed = false;                           // a callback asked to stop
+};
+
+// The problem's state, created on first use (never null).
+callback_state &callbacks_of(kvsl_prob *prob);
+// Are callbacks registered on the problem?
+bool has_search_callbacks(const kvsl_prob *prob);
+// Has a callback of the last search asked to stop?
+bool search_callback_failed(const kvsl_prob *prob);
+
+// Set up a search model for the callbacks and the pool: single thread, no
+// heuristics when candidates are checked, the pool's cut generator and the
+// handler that lets the candidate callback veto solutions.  The returned
+// object must live until the search has finished.
+std::shared_ptr<void> attach_search_callbacks(kvsl_prob *prob, CbcModel &model);
+
+}  // namespace kvsl
+
+#endif
