@@ -11,6 +11,7 @@
 #include <CbcEventHandler.hpp>
 #include <CglCutGenerator.hpp>
 #include <ClpSimplex.hpp>
+#include <CoinPackedVector.hpp>
 #include <OsiAuxInfo.hpp>
 #include <OsiCuts.hpp>
 #include <OsiRowCut.hpp>
@@ -191,8 +192,11 @@ class app_events : public CbcEventHandler {
       case beforeSolution2: {
         const double *x = model_->bestSolution();
         if (x == nullptr) return noAction;
-        if (st.failed || violates_pool(x)) return killSolution;
-        return rejects(prob_, x, nullptr, *cache_) ? killSolution : noAction;
+        if (st.failed || violates_pool(x) || rejects(prob_, x, nullptr, *cache_)) {
+          ++st.refused;
+          return killSolution;
+        }
+        return noAction;
       }
       case node:
       case treeStatus:
@@ -225,6 +229,8 @@ std::shared_ptr<void> attach_search_callbacks(kvsl_prob *prob, CbcModel &model) 
     return nullptr;
   callback_state &st = callbacks_of(prob);
   st.failed = false;
+  st.refused = 0;
+  st.pool_at_start = st.pool.size();
   auto cache = std::make_shared<verdict_cache>();
   app_cuts gen(prob, cache);
   model.addCutGenerator(&gen, 1, "Application cuts", true, true);
@@ -236,6 +242,22 @@ std::shared_ptr<void> attach_search_callbacks(kvsl_prob *prob, CbcModel &model) 
   model.solver()->setAuxiliaryInfo(&characteristics);
   model.setNumberThreads(0);
   return cache;
+}
+
+void add_pool_rows(const kvsl_prob *prob, OsiSolverInterface &solver) {
+  if (!prob->callbacks) return;
+  for (const auto &c : prob->callbacks->pool) {
+    double lo = c->rowtype == 'L' ? -solver.getInfinity() : c->rhs;
+    double up = c->rowtype == 'G' ? solver.getInfinity() : c->rhs;
+    CoinPackedVector row(static_cast<int>(c->col.size()), c->col.data(), c->val.data());
+    solver.addRow(row, lo, up);
+  }
+}
+
+bool search_again_after_vetoes(kvsl_prob *prob) {
+  if (!prob->callbacks) return false;
+  callback_state &st = *prob->callbacks;
+  return !st.failed && st.refused > 0 && st.pool.size() > st.pool_at_start;
 }
 
 }  // namespace kvsl

@@ -11,6 +11,7 @@
 #include "engine.h"
 
 class CbcModel;
+class OsiSolverInterface;
 
 namespace kvsl {
 
@@ -31,6 +32,8 @@ struct callback_state {
   void *preintsol_user = nullptr;
   std::vector<std::unique_ptr<pool_cut>> pool;   // handles are the addresses
   bool failed = false;                           // a callback asked to stop
+  int refused = 0;        // solutions vetoed by the event handler this search
+  size_t pool_at_start = 0;                      // pool size when it began
 };
 
 // The problem's state, created on first use (never null).
@@ -45,6 +48,15 @@ bool search_callback_failed(const kvsl_prob *prob);
 // handler that lets the candidate callback veto solutions.  The returned
 // object must live until the search has finished.
 std::shared_ptr<void> attach_search_callbacks(kvsl_prob *prob, CbcModel &model);
+
+// Put every pool cut into the search's LP as a row.
+void add_pool_rows(const kvsl_prob *prob, OsiSolverInterface &solver);
+
+// A solution vetoed outside the cut loop ends its node without branching,
+// which may cut off better solutions below it.  After such a search, when
+// the vetoes added cuts to the pool, the search must run again (with the
+// pool in its LP) for its result to be exact: true then.
+bool search_again_after_vetoes(kvsl_prob *prob);
 
 }  // namespace kvsl
 

@@ -215,6 +215,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   std::vector<indicator_slacks> indicator_rows = relax_indicator_rows(prob, solver);
   std::vector<int> held = a.hold_rows ? pool_rows(prob) : std::vector<int>{};
   if (!held.empty()) solver.deleteRows(static_cast<int>(held.size()), held.data());
+  add_pool_rows(prob, solver);
   if (!solve_root(prob, solver))
     return !held.empty() && prob->mipstatus == KVSL_MIP_UNBOUNDED ? outcome::retry : outcome::done;
 
@@ -315,6 +316,13 @@ int solve_mip(kvsl_prob *prob, const char *flags) {
       prob->mip_held = false;
       prob->best_bound = prob->sense > 0 ? -KVSL_INFINITY : KVSL_INFINITY;
       search(prob, log, quiet, {false, false});
+    }
+    // Solutions the application vetoed may have ended nodes early: search
+    // again with the cuts it gave in the LP until no veto adds any.
+    while (search_again_after_vetoes(prob)) {
+      prob->mip_held = false;
+      prob->best_bound = prob->sense > 0 ? -KVSL_INFINITY : KVSL_INFINITY;
+      search(prob, log, quiet, {true, true});
     }
   } catch (const std::bad_alloc &) {
     return fail(prob, KVSL_ERR_NOMEM);
