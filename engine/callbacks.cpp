@@ -225,8 +225,8 @@ class app_events : public CbcEventHandler {
 }  // namespace
 
 std::shared_ptr<void> attach_search_callbacks(kvsl_prob *prob, CbcModel &model) {
-  if (!has_search_callbacks(prob) && !(prob->callbacks && !prob->callbacks->pool.empty()))
-    return nullptr;
+  // Without callbacks the pool is in the LP already (add_pool_rows).
+  if (!has_search_callbacks(prob)) return nullptr;
   callback_state &st = callbacks_of(prob);
   st.failed = false;
   st.refused = 0;

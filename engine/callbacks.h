@@ -43,10 +43,10 @@ bool has_search_callbacks(const kvsl_prob *prob);
 // Has a callback of the last search asked to stop?
 bool search_callback_failed(const kvsl_prob *prob);
 
-// Set up a search model for the callbacks and the pool: single thread, no
-// heuristics when candidates are checked, the pool's cut generator and the
-// handler that lets the candidate callback veto solutions.  The returned
-// object must live until the search has finished.
+// Set up a search model for the callbacks (nothing without them): one
+// thread, a cut generator that applies the pool and calls the callbacks,
+// and an event handler that lets the candidate callback veto every
+// solution.  The returned object must live until the search has finished.
 std::shared_ptr<void> attach_search_callbacks(kvsl_prob *prob, CbcModel &model);
 
 // Put every pool cut into the search's LP as a row.
