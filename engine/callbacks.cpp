@@ -131,7 +131,10 @@ class app_cuts : public CglCutGenerator {
   void generateCuts(const OsiSolverInterface &si, OsiCuts &cs,
                     const CglTreeInfo = CglTreeInfo()) override {
     callback_state &st = callbacks_of(prob_);
-    if (st.failed) return;
+    // Sub-searches of heuristics work on reduced copies of the problem,
+    // whose columns are not the loaded ones: only the search itself is
+    // served.
+    if (st.failed || si.getNumCols() < prob_->ncols) return;
     const double *x = si.getColSolution();
     double tol = 1e-7;
     si.getDblParam(OsiPrimalTolerance, tol);
@@ -191,7 +194,9 @@ class app_events : public CbcEventHandler {
       case beforeSolution1:
       case beforeSolution2: {
         const double *x = model_->bestSolution();
-        if (x == nullptr) return noAction;
+        // A sub-search's solution comes back to the search itself, which
+        // checks it there.
+        if (x == nullptr || model_->getNumCols() < prob_->ncols) return noAction;
         if (st.failed || violates_pool(x) || rejects(prob_, x, nullptr, *cache_)) {
           ++st.refused;
           return killSolution;

@@ -248,6 +248,8 @@ TEST_F(Cuts, PrintShowsIdAndRelation) {
   EXPECT_EQ(mdlprintcut(e), 0);
   EXPECT_EQ(output.text, "CUT(-1):0 = 0\n");
   EXPECT_TRUE(errors.empty());
+  mdldelcut(c);
+  mdldelcut(e);
 }
 
 TEST_F(Cuts, SetAndAppendFromExpressions) {
@@ -345,6 +347,7 @@ TEST_F(Cuts, AddCutsSendsSlotsOfCutsWithTerms) {
   EXPECT_EQ(mdladdcuts_prob(prob, list, 1), 0);
   EXPECT_TRUE(errors.empty());
   EXPECT_EQ(engine_calls(), (std::vector<string>{"KVSLaddcuts"}));
+  for (MDLcut k : list) mdldelcut(k);
 }
 
 TEST_F(Cuts, SeparateCallsShareTheFirstRowPosition) {
@@ -356,6 +359,8 @@ TEST_F(Cuts, SeparateCallsShareTheFirstRowPosition) {
   EXPECT_EQ(row_position(a), static_cast<uint32_t>(prob->nrows + 1));
   EXPECT_EQ(row_position(b), static_cast<uint32_t>(prob->nrows + 1));
   EXPECT_EQ(fake::calls_of("KVSLaddcuts").size(), 2u);
+  mdldelcut(a);
+  mdldelcut(b);
 }
 
 TEST_F(Cuts, AddCutsWithoutCoefficientsSendsNothingButSwitchesMode) {
@@ -377,6 +382,8 @@ TEST_F(Cuts, AddCutsWithoutCoefficientsSendsNothingButSwitchesMode) {
   EXPECT_EQ(mdladdcuts_prob(prob, nullptr, 0), 0);
   expect_report(1587, 0, "Switch to cut mode.");
   EXPECT_TRUE(fake::calls_of("KVSLaddcuts").empty());
+  mdldelcut(zero);
+  mdldelcut(empty);
 }
 
 TEST_F(Cuts, AddCutsLoadsAChangedModelFirst) {
@@ -400,6 +407,7 @@ TEST_F(Cuts, AddCutsLoadsAChangedModelFirst) {
   expect_report(1524, 1, "(loadmat) Korvex-Optimizer error 9 during 'loadlp'. Return value: 9.");
   EXPECT_EQ(prob->cutmode, 0);
   EXPECT_TRUE(fake::calls_of("KVSLaddcuts").empty());
+  mdldelcut(a);
 }
 
 TEST_F(Cuts, AddCutsEngineFailureReports1524) {
@@ -411,6 +419,7 @@ TEST_F(Cuts, AddCutsEngineFailureReports1524) {
   EXPECT_EQ(mdladdcuts_prob(prob, &a, 1), 1);
   ASSERT_EQ(errors.reports.size(), 1u);
   expect_report(1524, 1, "(addcuts) Korvex-Optimizer error 31 during 'addcuts'. Return value: 31.");
+  mdldelcut(a);
 }
 
 TEST_F(Cuts, GetCutsOnChangedProblemWarns1525) {
@@ -505,6 +514,7 @@ TEST_F(Cuts, GetCutsFindsAVariableByItsColumn) {
   ASSERT_NE(first, nullptr);
   EXPECT_EQ(coefs(first), (std::vector<double>{0, 3, 0}));
   EXPECT_EQ(mdlgetcuttype(first), 1);
+  mdldelcut(first);
 }
 
 TEST_F(Cuts, GetCutsWithUnknownColumnReports1585) {

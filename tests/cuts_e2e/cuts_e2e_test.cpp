@@ -108,6 +108,16 @@ int cut_manager(KVSLprob kp, void *user) {
   return rc;
 }
 
+// Cuts read from the pool hold term lists, which keep their problem's
+// memory alive until the cuts are deleted.
+void delete_list(MDLcut first) {
+  while (first != nullptr) {
+    MDLcut next = first->next;
+    mdldelcut(first);
+    first = next;
+  }
+}
+
 TEST_F(CutsE2E, RejectedCandidatesNeverBecomeTheIncumbent) {
   probe s{prob, a, b, c};
   ASSERT_EQ(KVSLsetcbpreintsol(mdlgetkvslprob_prob(prob), candidate, &s), 0);
@@ -130,6 +140,7 @@ TEST_F(CutsE2E, RejectedCandidatesNeverBecomeTheIncumbent) {
   EXPECT_EQ(mdlgetcutid(first), 77);
   EXPECT_EQ(mdlgetcuttype(first), MDL_LEQ);
   EXPECT_EQ(mdlgetcutrhs(first), 1.0);
+  delete_list(first);
   EXPECT_TRUE(errors.empty()) << errors.last().text;
 }
 
@@ -169,6 +180,7 @@ TEST_F(CutsE2E, CutManagerReadsNodeValuesAndCuts) {
   ASSERT_EQ(mdlgetcuts_prob(prob, &first, &ncoefs), 1);
   EXPECT_EQ(ncoefs, 3);
   EXPECT_EQ(mdlgetcutid(first), 5);
+  delete_list(first);
   EXPECT_TRUE(errors.empty()) << errors.last().text;
 }
 
