@@ -41,8 +41,9 @@ test-tsan: deps
 bench:
 	@./scripts/install-deps.sh bench
 	cmake -S . -B build -DCMAKE_BUILD_TYPE=RelWithDebInfo $(CMAKE_FLAGS) >/dev/null
-	cmake --build build -j $(JOBS) --target kvtl_micro_bench kvtl_model_bench kvtl_solve_bench
+	cmake --build build -j $(JOBS) --target kvtl_micro_bench kvtl_model_bench kvtl_solve_bench kvtl_write_bench
 	/usr/bin/python3 bench/run_bench.py --build-dir build --readme bench/README.md $(BENCH_ARGS)
+	/usr/bin/python3 bench/write_bench.py --build-dir build $(BENCH_ARGS)
 
 clean:
 	rm -rf build build-asan build-tsan

@@ -6,7 +6,7 @@ and (with --readme) writes them into bench/README.md between its markers.
 Parts (all by default):
   check   the generated models stated by every variant give one LP optimum
   build   build + load of p-median and transport models: library, floor, peer
-  micro   Google Benchmark micro-benchmarks (term lists, names, pools)
+  micro   Google Benchmark micro-benchmarks (term lists, names, pools, expressions)
   solve   reference models solved through the library and by clp / cbc
 """
 import argparse
@@ -280,8 +280,13 @@ def solve_models(args):
     subset = MIP_SUBSET[:4] if args.quick else MIP_SUBSET
     for name in subset:
         models.append(("MIP", name, os.path.join(data, "miplib3", name + ".mps.gz")))
+    # The convex QPs (QPS files); clp reads their quadratic section too.
+    for name in sorted(os.listdir(os.path.join(data, "maros"))):
+        if name.endswith(".QPS.gz"):
+            models.append(("QP", name[:-7], os.path.join(data, "maros", name)))
     if args.quick:
-        models = models[:6] + [m for m in models if m[0] == "MIP"]
+        models = (models[:6] + [m for m in models if m[0] == "MIP"]
+                  + [m for m in models if m[0] == "QP"][:3])
     return models
 
 
@@ -290,8 +295,8 @@ def part_solve(args):
     rows = []
     for kind, name, path in solve_models(args):
         log(f"solve: {name}")
-        reps = 1 if args.quick else args.solve_reps if kind == "LP" else args.mip_reps
-        peer = "clp" if kind == "LP" else "cbc"
+        reps = 1 if args.quick else args.mip_reps if kind == "MIP" else args.solve_reps
+        peer = "cbc" if kind == "MIP" else "clp"
         walls = {"lib": [], "engine": [], "peer": []}
         inproc = {"lib": [], "engine": []}
         objs = {}
@@ -331,7 +336,7 @@ def solve_table(rows):
                  f"{r['peer_wall']:.3f} ({r['peer']}) | {r['lib'] / r['engine']:.2f} | "
                  f"{r['lib_in'] / r['engine_in']:.2f} | {r['lib'] / r['peer_wall']:.2f} | "
                  f"{o['lib']:.10g}{'' if same else f' vs {ref:.10g} (DIFFERS)'} |")
-    for kind in ("LP", "MIP"):
+    for kind in ("LP", "MIP", "QP"):
         sel = [r for r in rows if r["kind"] == kind]
         if not sel:
             continue

@@ -17,9 +17,10 @@
  *   presolve flags 2 and 4 of attribute 1026 are never set and
  *   KVSLpostsolve has nothing to do.
  * - Option letters: d dual simplex (default), p and n primal simplex, b
- *   barrier with crossover; a quadratic objective is solved by Clp's primal
- *   (or with b its barrier).  The simplex always starts from the basis the
- *   problem holds (the last solve's or a loaded one), so c changes nothing.
+ *   barrier with crossover; a quadratic objective or quadratic rows are
+ *   solved by Ipopt's interior-point method whatever the letters.  The
+ *   simplex always starts from the basis the problem holds (the last
+ *   solve's or a loaded one), so c changes nothing.
  * - The global search is exact for every entity, without big-M constants:
  *   binary and integer columns are Cbc's; a semi-continuous column takes 0
  *   or a value in [limit, ub] (integer for 'R'), a partial integer column is
@@ -88,6 +89,14 @@ struct indicator {
   int row, col, flag;
 };
 
+// Quadratic part of a row: x'Qx over one triangle, each triple (i, j, v)
+// contributing v x_i x_j for i == j and 2 v x_i x_j otherwise.
+struct quad_row {
+  int row;
+  std::vector<int> col1, col2;
+  std::vector<double> val;
+};
+
 // Ranging results of the current LP solution.
 struct ranging {
   std::vector<double> row_upact, row_loact, row_uup, row_udn;
@@ -120,6 +129,7 @@ struct kvsl_prob {
   double objconst = 0.0;           // k: the objective is c'x - k
   int sense = 1;                   // 1 minimise, -1 maximise
   bool has_quadratic = false;
+  std::vector<kvsl::quad_row> qrows;   // rows with a quadratic part
   std::vector<kvsl::entity> entities;
   std::vector<char> settype;
   std::vector<int64_t> setstart;
@@ -177,12 +187,45 @@ void drop_solutions(kvsl_prob *prob);
 double objective_of(const kvsl_prob *prob, const double *x);
 // Slacks rhs - a'x of every row for the column values x.
 void slacks_of(const kvsl_prob *prob, const double *x, double *slack);
-// Does the problem hold entities or constraints the MIP search cannot treat?
-bool has_unsupported_globals(const kvsl_prob *prob);
+// Does the problem have quadratic parts beside entities, sets or indicator
+// rows (searched by solve_quadratic_search instead of Cbc)?
+bool needs_quadratic_search(const kvsl_prob *prob);
 // The quadratic objective's triangle held by the backend (null: none).
 const CoinPackedMatrix *quadratic_of(const ClpSimplex &m);
 // Check that the quadratic objective is convex in the problem's sense.
 bool quadratic_is_convex(const kvsl_prob *prob);
+// Is the form given by triangle triples, times sign, positive semidefinite
+// (within a tolerance relative to its largest entry)?
+bool form_is_psd(const std::vector<int> &col1, const std::vector<int> &col2,
+                 const std::vector<double> &val, double sign);
+// Do the quadratic rows describe a convex set ('L' rows semidefinite, 'G'
+// rows negative semidefinite, no quadratic equality or range)?
+bool quadratic_rows_are_convex(const kvsl_prob *prob);
+// Value x'Qx of a quadratic row's form.
+double quad_row_value(const quad_row &r, const double *x);
+// Column and row activity bounds of one relaxation (backend infinities).
+struct relaxation_bounds {
+  std::vector<double> col_lo, col_up, row_lo, row_up;
+};
+// Result of one interior-point solve.
+struct relaxation_result {
+  int status = KVSL_LP_UNSOLVED;   // an LP status
+  std::vector<double> x, dual, dj;
+  double obj = 0.0;                // in the problem's terms
+  int iterations = 0;
+};
+// The bounds the backend model holds.
+relaxation_bounds model_bounds(const kvsl_prob *prob);
+// Solve the loaded problem's continuous relaxation within the bounds by the
+// interior-point backend, from `start` (null: 0) moved into the bounds.
+void solve_relaxation(const kvsl_prob *prob, const relaxation_bounds &bounds, const double *start,
+                      relaxation_result &out);
+// Solve the loaded continuous problem with a quadratic objective or
+// quadratic rows by the interior-point backend; fills the LP results.
+int solve_interior(kvsl_prob *prob);
+// Global search of a problem with quadratic parts and entities (branch and
+// bound on interior-point relaxations); fills the MIP results.
+int solve_quadratic_search(kvsl_prob *prob, const char *flags);
 
 // Set the log level of the problem's backend handler for an LP solve.
 void prepare_lp_log(kvsl_prob *prob);

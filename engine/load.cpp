@@ -178,6 +178,7 @@ int load(kvsl_prob *prob, const load_args &a) {
       if (a.rowtype[i] == 'R') prob->range[i] = a.range[i];
     prob->objconst = 0.0;
     prob->has_quadratic = kvsl::quadratic_of(*prob->lp) != nullptr;
+    prob->qrows.clear();   // the quadratic-row loads set them after this
     prob->entities.clear();
     for (int k = 0; k < a.nglobal; ++k)
       prob->entities.push_back({a.enttype[k], a.entcol[k],
@@ -309,31 +310,6 @@ KVSL_EXPORT int KVSLloadqglobal64(KVSLprob prob, const char *name, int ncols, in
   a.setcol = setcol;
   a.setref = setref;
   return load(prob, a);
-}
-
-// Quadratic rows are not available in this engine.
-KVSL_EXPORT int KVSLloadqcqp64(KVSLprob prob, const char *, int, int, const char *,
-                               const double *, const double *, const double *, const int64_t *,
-                               const int *, const int *, const double *, const double *,
-                               const double *, int64_t, const int *, const int *,
-                               const double *, int, const int *, const int64_t *, const int *,
-                               const int *, const double *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
-}
-
-// Quadratic rows are not available in this engine.
-KVSL_EXPORT int KVSLloadqcqpglobal64(KVSLprob prob, const char *, int, int, const char *,
-                                     const double *, const double *, const double *,
-                                     const int64_t *, const int *, const int *, const double *,
-                                     const double *, const double *, int64_t, const int *,
-                                     const int *, const double *, int, const int *,
-                                     const int64_t *, const int *, const int *, const double *,
-                                     int, int, const char *, const int *, const double *,
-                                     const char *, const int64_t *, const int *,
-                                     const double *) {
-  if (prob == nullptr) return KVSL_ERR_BADARG;
-  return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
 }
 
 // Change objective coefficients; column -1 is the constant k (objective c'x - k).

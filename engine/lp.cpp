@@ -15,18 +15,15 @@ namespace kvsl {
 
 namespace {
 
-// The barrier runs when asked for, and for a quadratic objective without
-// rows, on which Clp's primal simplex can stall at a non-optimal point.
-bool use_barrier(const kvsl_prob *prob, const char *flags) {
-  return has_flag(flags, 'b') || (prob->has_quadratic && prob->lp->numberRows() == 0);
-}
+// The barrier runs when asked for.
+bool use_barrier(const kvsl_prob *, const char *flags) { return has_flag(flags, 'b'); }
 
 // Clp solve options from the option letters and controls.
 ClpSolve solve_options(const kvsl_prob *prob, const char *flags, bool presolve) {
   ClpSolve opts;
   if (use_barrier(prob, flags))
     opts.setSolveType(ClpSolve::useBarrier);
-  else if (has_flag(flags, 'p') || has_flag(flags, 'n') || prob->has_quadratic)
+  else if (has_flag(flags, 'p') || has_flag(flags, 'n'))
     opts.setSolveType(ClpSolve::usePrimal);
   else
     opts.setSolveType(ClpSolve::useDual);
@@ -90,34 +87,43 @@ int solve_lp(kvsl_prob *prob, const char *flags) {
   drop_solutions(prob);
   prob->iterations = 0;
   prob->nodes = 0;
-  if (!quadratic_is_convex(prob)) {
+  if (!quadratic_is_convex(prob) || !quadratic_rows_are_convex(prob)) {
     prob->lpstatus = KVSL_LP_NONCONVEX;
     prob->mipstatus = KVSL_MIP_LP_NOT_OPTIMAL;
-    message(prob, 4, "The quadratic objective is not convex; the problem is not solved.");
+    message(prob, 4, quadratic_is_convex(prob)
+                         ? "A quadratic row is not convex; the problem is not solved."
+                         : "The quadratic objective is not convex; the problem is not solved.");
     return 0;
   }
   ClpSimplex &m = *prob->lp;
+  // Quadratic parts go to the interior-point method: Clp's quadratic
+  // simplex can stop at a non-optimal point and call it optimal.
+  const bool interior = prob->has_quadratic || !prob->qrows.empty();
   try {
     released_indicator_rows released(prob);
-    apply_controls(prob, m, flags);
-    bool presolve = intcontrol(prob, KVSL_CTRL_PRESOLVE) != 0;
-    ClpSolve opts = solve_options(prob, flags, presolve);
-    m.initialSolve(opts);
-    prob->iterations = m.numberIterations();
-    // Presolve may stop at "infeasible or unbounded"; the plain simplex
-    // tells the two apart.
-    if (presolve && (m.status() == 1 || m.status() == 2) && m.secondaryStatus() != 1) {
-      ClpSolve plain = solve_options(prob, flags, false);
-      m.initialSolve(plain);
-      prob->iterations += m.numberIterations();
+    if (interior) {
+      if (int rc = solve_interior(prob); rc != 0) return rc;
+    } else {
+      apply_controls(prob, m, flags);
+      bool presolve = intcontrol(prob, KVSL_CTRL_PRESOLVE) != 0;
+      ClpSolve opts = solve_options(prob, flags, presolve);
+      m.initialSolve(opts);
+      prob->iterations = m.numberIterations();
+      // Presolve may stop at "infeasible or unbounded"; the plain simplex
+      // tells the two apart.
+      if (presolve && (m.status() == 1 || m.status() == 2) && m.secondaryStatus() != 1) {
+        ClpSolve plain = solve_options(prob, flags, false);
+        m.initialSolve(plain);
+        prob->iterations += m.numberIterations();
+      }
+      prob->lpstatus = lp_status_of(m);
+      if (prob->lpstatus == KVSL_LP_OPTIMAL) take_solution(prob, m);
     }
   } catch (...) {
     prob->lpstatus = KVSL_LP_UNSOLVED;
     return fail(prob, KVSL_ERR_BACKEND);
   }
-  prob->lpstatus = lp_status_of(m);
   if (prob->lpstatus == KVSL_LP_OPTIMAL) {
-    take_solution(prob, m);
     double cutoff = dblcontrol(prob, KVSL_CTRL_CUTOFF);
     if (std::fabs(cutoff) < 1e39 && prob->sense * (prob->lp_obj - cutoff) > 0.0)
       prob->lpstatus = KVSL_LP_CUTOFF;

@@ -286,17 +286,15 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
 
 }  // namespace
 
-bool has_unsupported_globals(const kvsl_prob *prob) {
-  return prob->has_quadratic &&
+bool needs_quadratic_search(const kvsl_prob *prob) {
+  return (prob->has_quadratic || !prob->qrows.empty()) &&
          (!prob->entities.empty() || !prob->settype.empty() || !prob->indicators.empty());
 }
 
 int solve_mip(kvsl_prob *prob, const char *flags) {
   auto t0 = std::chrono::steady_clock::now();
-  if (has_unsupported_globals(prob)) {
-    message(prob, 4, "A quadratic objective with global entities cannot be searched by this engine.");
-    return fail(prob, KVSL_ERR_UNSUPPORTED);
-  }
+  // Quadratic parts with entities: a search of its own (qsearch.cpp).
+  if (needs_quadratic_search(prob)) return solve_quadratic_search(prob, flags);
   if (prob->entities.empty() && prob->settype.empty() && prob->indicators.empty())
     return solve_without_entities(prob, flags);
   drop_solutions(prob);

@@ -70,6 +70,7 @@ void slacks_of(const kvsl_prob *prob, const double *x, double *slack) {
   const ClpSimplex &m = *prob->lp;
   std::vector<double> act(m.numberRows(), 0.0);
   m.matrix()->times(x, act.data());
+  for (const quad_row &r : prob->qrows) act[r.row] += quad_row_value(r, x);
   for (int i = 0; i < m.numberRows(); ++i) slack[i] = prob->rhs[i] - act[i];
 }
 

@@ -127,7 +127,7 @@ KVSL_EXPORT int KVSLrange(KVSLprob prob) {
   if (prob == nullptr) return KVSL_ERR_BADARG;
   if (!prob->loaded) return kvsl::fail(prob, KVSL_ERR_NOTLOADED);
   if (!prob->lp_held) return kvsl::fail(prob, KVSL_ERR_NOSOLUTION);
-  if (prob->has_quadratic) return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
+  if (prob->has_quadratic || !prob->qrows.empty()) return kvsl::fail(prob, KVSL_ERR_UNSUPPORTED);
   try {
     auto r = std::make_unique<kvsl::ranging>();
     compute(prob, *r);

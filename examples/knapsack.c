@@ -9,7 +9,7 @@
 
 #define N 8
 
-int main(void) {
+int main(int argc, char **argv) {
   static const double value[N] = {10, 13, 7, 8, 12, 9, 4, 11};
   static const double weight[N] = {5, 6, 4, 3, 7, 5, 2, 6};
   const double capacity = 20;
@@ -30,6 +30,10 @@ int main(void) {
   mdlsetobj_prob(prob, total);
 
   if (mdlmaxim_prob(prob, "g") != 0) return 1;
+  /* Given a file base, the model is also written as an LP and an MPS file. */
+  if (argc > 1 && (mdlexportprob_prob(prob, MDL_FILE_LP, argv[1]) != 0 ||
+                   mdlexportprob_prob(prob, MDL_FILE_MPS, argv[1]) != 0))
+    return 1;
   int status = mdlgetmipstat_prob(prob);
   double best = mdlgetobjval_prob(prob);
   printf("MIP status %d, best value %g; items:", status, best);

@@ -7,7 +7,7 @@
 
 #include "kvtl.h"
 
-int main(void) {
+int main(int argc, char **argv) {
   static const double variance[3] = {0.04, 0.09, 0.16};
   static const double ret[3] = {0.05, 0.08, 0.12};
   MDLvar share[3];
@@ -30,6 +30,10 @@ int main(void) {
   mdlsetobj_prob(prob, risk);
 
   if (mdlminim_prob(prob, "") != 0) return 1;
+  /* Given a file base, the model is also written as an LP and an MPS file. */
+  if (argc > 1 && (mdlexportprob_prob(prob, MDL_FILE_LP, argv[1]) != 0 ||
+                   mdlexportprob_prob(prob, MDL_FILE_MPS, argv[1]) != 0))
+    return 1;
   double v = mdlgetobjval_prob(prob);
   printf("LP status %d, variance %.10g\n", mdlgetlpstat_prob(prob), v);
   /* From the optimality conditions: x = (33, 16, 10) / 59, variance 1.4 / 59. */

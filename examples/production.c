@@ -7,7 +7,7 @@
 
 #include "kvtl.h"
 
-int main(void) {
+int main(int argc, char **argv) {
   mdlseterrctrl(0);
   MDLprob prob = mdlnewprob("production");
   if (prob == NULL) return 1;
@@ -35,6 +35,10 @@ int main(void) {
   mdlsetobj_prob(prob, profit);
 
   if (mdlmaxim_prob(prob, "") != 0) return 1;
+  /* Given a file base, the model is also written as an LP and an MPS file. */
+  if (argc > 1 && (mdlexportprob_prob(prob, MDL_FILE_LP, argv[1]) != 0 ||
+                   mdlexportprob_prob(prob, MDL_FILE_MPS, argv[1]) != 0))
+    return 1;
   double z = mdlgetobjval_prob(prob);
   printf("LP status %d, profit %g\n", mdlgetlpstat_prob(prob), z);
   printf("  doors %g, windows %g\n", mdlgetsol(doors), mdlgetsol(windows));

@@ -1,6 +1,7 @@
 /*
  * transport.c -- a transport LP: ship goods from three plants to four
- * customers at least cost, within supplies and meeting demands.
+ * customers at least cost, within supplies and meeting demands.  Prints
+ * the model; `transport BASE` also writes it to BASE.lp and BASE.mps.
  */
 #include <math.h>
 #include <stdio.h>
@@ -10,7 +11,7 @@
 #define NP 3
 #define NC 4
 
-int main(void) {
+int main(int argc, char **argv) {
   static const double supply[NP] = {20, 30, 25};
   static const double demand[NC] = {10, 25, 15, 25};
   static const double cost[NP][NC] = {{2, 3, 11, 7}, {1, 0, 6, 1}, {5, 8, 15, 9}};
@@ -38,8 +39,13 @@ int main(void) {
     mdladdterm(row, NULL, demand[c]);
   }
   mdlsetobj_prob(prob, total);
+  mdlprintprob_prob(prob);   /* the model as stated, through the library's output */
 
   if (mdlminim_prob(prob, "") != 0) return 1;
+  /* Given a file base, the model is also written as an LP and an MPS file. */
+  if (argc > 1 && (mdlexportprob_prob(prob, MDL_FILE_LP, argv[1]) != 0 ||
+                   mdlexportprob_prob(prob, MDL_FILE_MPS, argv[1]) != 0))
+    return 1;
   int status = mdlgetlpstat_prob(prob);
   double value = mdlgetobjval_prob(prob);
   printf("LP status %d, total cost %g\n", status, value);

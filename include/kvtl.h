@@ -621,6 +621,41 @@ KVTL_API int mdladdcuts_prob(MDLprob prob, MDLcut *cuts, int ncuts);
  * Returns the number of cuts. */
 KVTL_API int mdlgetcuts_prob(MDLprob prob, MDLcut *first, int *ncoefs);
 
+/* ---- Model files ---------------------------------------------------------- */
+
+/* Output file formats of mdlexportprob_prob. */
+enum { MDL_FILE_LP = 1, MDL_FILE_MPS = 2 };
+/* Generate the matrix and write the model as an LP (1) or fixed-column MPS
+ * (2) file; another format is warned about (1580) and written as LP.  A
+ * null or empty name is the problem's name; ".lp" / ".mps" is appended
+ * unless the name has an extension after its last '/' or ends in '.'.
+ * 0 on success, 1 when generation fails, the file cannot be opened or not
+ * all of it could be written. */
+KVTL_API int mdlexportprob_prob(MDLprob prob, int format, const char *file);
+/* Write the branching directives, model cuts and delayed rows to a
+ * directives file (".dir" appended as above).  0, or 1 when the file cannot
+ * be opened or written. */
+KVTL_API int mdlwritedir_prob(MDLprob prob, const char *file);
+
+/* ---- Printing of the model ----------------------------------------------- */
+
+/* Readable reports through the problem's output (message callback, else
+ * standard output), numbers in the problem's real-number format.  The
+ * problem: every non-free constraint, the sets and the objective. */
+KVTL_API int mdlprintprob_prob(MDLprob prob);
+/* "name: " (and "ind=1 -> " for an indicator constraint) and the
+ * expression with its relation: the expression printer's result; 1 for
+ * no constraint. */
+KVTL_API int mdlprintctr(MDLctr ctr);
+KVTL_API int mdlprintobj_prob(MDLprob prob);
+/* "name(type): x(+1) y(-2) " and a newline. */
+KVTL_API int mdlprintsos(MDLsos sos);
+/* "x: value" with a solution, else "x: [lb,ub]" ("[lb,limit,ub]" for
+ * partial-integer and semi-continuous types); the number of characters. */
+KVTL_API int mdlprintvar(MDLvar var);
+/* The array's variables separated by ",  ". */
+KVTL_API int mdlprintarrvar(MDLarrvar arr);
+
 /* ---- Message table positions (second argument of mdlerror) --------------- */
 enum {
   MDL_E_NOPROB = 0,        /* 1501 E (%s) No active problem. */

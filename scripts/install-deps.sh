@@ -6,12 +6,12 @@ set -e
 pkgs="build-essential cmake pkg-config gettext libgtest-dev libgmock-dev googletest
       libbenchmark-dev coinor-libcbc-dev coinor-libclp-dev coinor-libcgl-dev
       coinor-libosi-dev coinor-libcoinutils-dev coinor-cbc coinor-clp binutils
-      zlib1g-dev"
+      zlib1g-dev coinor-libipopt-dev glpk-utils"
 case "$1" in
   "") ;;
   # The peer of the model-building comparison runs under the system
   # interpreter, which is the one that sees Debian's Python packages.
-  bench) pkgs="$pkgs python3 python3-pulp" ;;
+  bench) pkgs="$pkgs python3 python3-pulp libglpk-dev" ;;
   *) echo "usage: $0 [bench]" >&2; exit 2 ;;
 esac
 missing=""

@@ -19,16 +19,42 @@ double finite_or_infinite(double v, double inf) {
   return v;
 }
 
-}  // namespace
+// Add the quadratic section the reader is positioned at to the objective.
+// The file holds one triangle of Q; 1/2 x'Qx is Q_jj/2 x_j^2 per diagonal
+// entry and Q_ij x_i x_j per off-diagonal one.
+bool add_quadratic_objective(CoinMpsIO &reader, MDLctr objective, const std::vector<MDLvar> &vars,
+                             mps_model_info *info, std::string *error) {
+  CoinBigIndex *start = nullptr;
+  int *col = nullptr;
+  double *val = nullptr;
+  int rc = reader.readQuadraticMps(nullptr, start, col, val, 0);
+  if (rc == -2 || rc == -3) return true;   // a plain linear model
+  bool ok = rc == 0;
+  if (!ok) *error = "quadratic section unreadable";
+  const int ncols = static_cast<int>(vars.size());
+  for (int j = 0; ok && j < ncols; ++j)
+    for (CoinBigIndex k = start[j]; ok && k < start[j + 1]; ++k) {
+      if (col[k] < j) {
+        ok = false;   // both triangles given: not the format read here
+        *error = "quadratic section is not one triangle";
+      } else if (val[k] != 0.0) {
+        double c = col[k] == j ? 0.5 * val[k] : val[k];
+        ok = mdladdqterm(objective, vars[j], vars[col[k]], c) == 0;
+        if (!ok) *error = "quadratic objective term refused";
+        info->nquadratic++;
+      }
+    }
+  delete[] start;
+  delete[] col;
+  delete[] val;
+  return ok;
+}
 
-bool build_from_mps(MDLprob prob, const char *file, bool with_constant, mps_model_info *info,
-                    std::string *error) {
-  CoinMpsIO reader;
-  reader.messageHandler()->setLogLevel(0);
-  if (reader.readMps(file, "") != 0) {
-    *error = std::string("cannot read ") + file;
-    return false;
-  }
+// State the model the reader holds on `prob`; with `quadratic` the reader
+// goes on to the file's quadratic objective section (QUADOBJ, lower
+// triangle of Q in an objective c'x + 1/2 x'Qx).
+bool state_model(CoinMpsIO &reader, MDLprob prob, bool with_constant, bool quadratic,
+                 mps_model_info *info, std::string *error) {
   const double inf = reader.getInfinity();
   const int ncols = reader.getNumCols();
   const int nrows = reader.getNumRows();
@@ -104,6 +130,7 @@ bool build_from_mps(MDLprob prob, const char *file, bool with_constant, mps_mode
       *error = "objective term refused";
       return false;
     }
+  if (quadratic && !add_quadratic_objective(reader, objective, vars, info, error)) return false;
   info->objconst = reader.objectiveOffset();
   // A term without variable moves the constant to the other side: adding
   // r makes the objective c'x - r.
@@ -117,4 +144,28 @@ bool build_from_mps(MDLprob prob, const char *file, bool with_constant, mps_mode
   }
   info->ncols = ncols;
   return true;
+}
+
+// Open `file` with a reader that stays silent.
+bool open_mps(CoinMpsIO &reader, const char *file, std::string *error) {
+  reader.messageHandler()->setLogLevel(0);
+  if (reader.readMps(file, "") != 0) {
+    *error = std::string("cannot read ") + file;
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool build_from_mps(MDLprob prob, const char *file, bool with_constant, mps_model_info *info,
+                    std::string *error) {
+  CoinMpsIO reader;
+  return open_mps(reader, file, error) && state_model(reader, prob, with_constant, false, info, error);
+}
+
+bool build_from_qps(MDLprob prob, const char *file, bool with_constant, mps_model_info *info,
+                    std::string *error) {
+  CoinMpsIO reader;
+  return open_mps(reader, file, error) && state_model(reader, prob, with_constant, true, info, error);
 }

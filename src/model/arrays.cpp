@@ -23,8 +23,14 @@ const char *array_name(const mdl_arrvar *block) {
 }
 
 // A zeroed block for `slots` variables, named through the dictionary or put
-// on the entity list.  Null after reporting the failure.
-mdl_arrvar *new_block(MDLprob prob, int slots, const char *name) {
+// on the entity list.  Null after reporting the failure (a null problem for
+// the function `fn`), and quietly for no slots.
+mdl_arrvar *new_block(MDLprob prob, int slots, const char *name, const char *fn) {
+  if (prob == nullptr) {
+    mdlerror(nullptr, MDL_E_NOPROB, fn);
+    return nullptr;
+  }
+  if (slots <= 0) return nullptr;
   size_t bytes = sizeof(mdl_arrvar) + static_cast<size_t>(slots) * sizeof(MDLvar);
   auto *block = static_cast<mdl_arrvar *>(mdlsl_malloc(bytes));
   if (block == nullptr) {
@@ -91,12 +97,7 @@ using namespace kvtl;
 // hole (the variables made so far stay in the problem).
 KVTL_API MDLarrvar mdlnewarrvar_prob(MDLprob prob, int size, int type, const char *name,
                                      double lb, double ub) {
-  if (prob == nullptr) {
-    mdlerror(nullptr, MDL_E_NOPROB, "newarrvar");
-    return nullptr;
-  }
-  if (size <= 0) return nullptr;
-  mdl_arrvar *block = new_block(prob, size, name);
+  mdl_arrvar *block = new_block(prob, size, name, "newarrvar");
   if (block == nullptr) return nullptr;
   MDLarrvar slots = array_slots(block);
   const char *var_name = prob->dictsize >= 1 ? static_cast<const char *>(block->name) : nullptr;
@@ -112,12 +113,7 @@ KVTL_API MDLarrvar mdlnewarrvar_prob(MDLprob prob, int size, int type, const cha
 }
 
 KVTL_API MDLarrvar mdlstartarrvar_prob(MDLprob prob, int capacity, const char *name) {
-  if (prob == nullptr) {
-    mdlerror(nullptr, MDL_E_NOPROB, "startarrvar");
-    return nullptr;
-  }
-  if (capacity <= 0) return nullptr;
-  mdl_arrvar *block = new_block(prob, capacity, name);
+  mdl_arrvar *block = new_block(prob, capacity, name, "startarrvar");
   if (block == nullptr) return nullptr;
   block->size = -static_cast<int64_t>(capacity);
   return array_slots(block);

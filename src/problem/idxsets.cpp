@@ -84,6 +84,10 @@ bool grow_buckets(MDLprob prob) {
 // allocator hook; with the default hooks it grows in place with realloc,
 // otherwise through the hooks themselves so the pair always matches.
 bool grow_table(mdl_idxset *set) {
+  if (set->capacity > INT32_MAX - idx_growth) {
+    mdlerror(set->problem, MDL_E_NOMEM);
+    return false;
+  }
   int32_t capacity = set->capacity + idx_growth;
   size_t bytes = static_cast<size_t>(capacity) * sizeof(const char *);
   const char **table;

@@ -398,7 +398,8 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  *   1010 KVSL_ATTR_LPSTATUS     LP status:
  *        0 not loaded, 1 optimal, 2 infeasible, 3 worse than cutoff,
  *        4 unfinished (limit reached), 5 unbounded, 6 cut off in dual,
- *        7 not solved, 8 quadratic objective not convex
+ *        7 not solved, 8 quadratic objective or quadratic row not convex
+ *        (see "Quadratic models" below)
  *   1011 KVSL_ATTR_MIPSTATUS    MIP status:
  *        0 not loaded, 1 LP not optimised, 2 LP optimised, 3 search
  *        incomplete without solution, 4 search incomplete with solution,
@@ -517,6 +518,55 @@ typedef int (*KVSLcbpreintsol)(KVSLprob prob, void *user, const double x[], int 
 int KVSLsetcbcutmgr(KVSLprob prob, KVSLcbcutmgr f, void *user);
 int KVSLsetcbpreintsol(KVSLprob prob, KVSLcbpreintsol f, void *user);
 #define KVSL_ERR_CALLBACK 11        /* a search callback asked to stop */
+
+/* ---- Quadratic models ------------------------------------------------------ */
+/*
+ * Continuous problems with a quadratic objective or quadratic rows are
+ * solved by an interior-point method (Ipopt, on the exact first and second
+ * derivatives) to a relative accuracy of about 1e-9; the option letters
+ * that choose a simplex algorithm do not apply to them.  Such a solution
+ * has values, slacks, duals (the derivative of the objective by the row's
+ * right-hand side, with the signs of an LP) and reduced costs
+ * (c + Qx - J'y, J the rows' Jacobian at x), but no simplex basis; the
+ * iteration count (attribute 1021) is the interior-point iterations.
+ *
+ * Convexity is checked before every solve.  A form of n columns counts as
+ * positive semidefinite when its smallest eigenvalue is above -1e-7 n times
+ * its largest absolute entry (decided by a Cholesky factorisation of the
+ * shifted form, so singular forms are decided reliably).  Minimising, Q
+ * must be semidefinite; maximising, -Q.  A quadratic row must describe a
+ * convex set: 'L' rows with a semidefinite form, 'G' rows with a negative
+ * semidefinite one; 'E' and 'R' rows with a non-zero form are not convex.
+ * A problem that fails these tests is not solved: LP status 8, MIP status
+ * 1, no solution, and a log line saying which part is not convex.
+ *
+ * KVSLloadqcqp64 and KVSLloadqcqpglobal64 check the quadratic-row arrays
+ * (KVSL_ERR_INDEX for a row or column out of range, KVSL_ERR_BADARG for a
+ * negative count or missing arrays) before loading anything; a row listed
+ * twice has its triples added, a row whose triples are all zero is linear.
+ * The simplex basis (KVSLgetbasis) and ranging (KVSLrange) describe only
+ * linear problems.  Ranging tells how far a basis stays optimal; a solution
+ * with quadratic parts has no basis and moves with every change of a cost
+ * or a right-hand side, so only the first-order rates are meaningful, and
+ * those are the duals and reduced costs.  With quadratic parts KVSLrange
+ * therefore fails with KVSL_ERR_UNSUPPORTED, for continuous problems and
+ * after a search alike.
+ *
+ * The global search of a problem with quadratic parts and global entities
+ * is a depth-first branch and bound of the engine's own on interior-point
+ * relaxations, exact for every entity: binary, integer and partial integer
+ * columns branch on bounds (a partial integer one only below its limit),
+ * semi-continuous (integer) ones to 0 or to [limit, ub] and then as
+ * integers, sets split after their first non-zero member in reference
+ * order, and an indicator row is relaxed until its column is fixed at the
+ * value that puts it in force.  Nodes are pruned at the incumbent less the
+ * larger of the gaps 7018, 7019 times the incumbent and 1e-9 (1 + |it|);
+ * the node (8020) and time (7020) limits end the search with MIP status 3
+ * or 4.  Every solution is rounded on its integer columns and checked
+ * against all rows in force before it is taken.  Directives, cuts,
+ * heuristics and threads do not apply to this search; its log is one line
+ * per solution found and one summary line.
+ */
 
 #ifdef __cplusplus
 }

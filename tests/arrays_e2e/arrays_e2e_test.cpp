@@ -7,26 +7,12 @@
 
 #include "kvsl.h"
 #include "kvtl.h"
-#include "support/messages.h"
+#include "support/public_model.h"
 
 namespace {
 
-class ArraysE2E : public ::testing::Test {
- protected:
-  void SetUp() override {
-    mdlseterrctrl(0);
-    errors.install();
-    prob = mdlnewprob(nullptr);
-    ASSERT_NE(prob, nullptr);
-    mdlsetmsglevel_prob(prob, 1);
-  }
-  void TearDown() override {
-    mdldelprob_prob(prob);
-    mdldefcberr_prob(nullptr, nullptr, nullptr);
-  }
-  testsupport::error_log errors;
-  MDLprob prob = nullptr;
-};
+// One problem at message level 1, errors returned and collected.
+using ArraysE2E = testsupport::public_problem_test;
 
 // Assignment of four workers to four jobs at least cost:
 //          cut  weld paint pack

@@ -6,13 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "kvtl.h"
 #include "mps_model.h"
+#include "support/optima_table.h"
 
 namespace {
 
@@ -32,14 +31,7 @@ bool is_slow(const std::string &name) {
 
 std::vector<dataset_case> read_optima(const std::string &dir, bool mip, bool slow = false) {
   std::vector<dataset_case> out;
-  std::ifstream in(dir + "/optima.tsv");
-  std::string line;
-  std::getline(in, line);   // header
-  while (std::getline(in, line)) {
-    std::vector<std::string> f;
-    std::stringstream ss(line);
-    std::string field;
-    while (std::getline(ss, field, '\t')) f.push_back(field);
+  for (const auto &f : testsupport::read_table(dir + "/optima.tsv")) {
     if (f.size() < 5 || is_slow(f[0]) != slow) continue;
     double alt = NAN;
     if (!mip && f.size() > 5 && !f[5].empty()) alt = std::stod(f[5]);
@@ -48,9 +40,7 @@ std::vector<dataset_case> read_optima(const std::string &dir, bool mip, bool slo
   return out;
 }
 
-bool close_rel(double got, double want, double tol) {
-  return std::fabs(got - want) <= tol * std::max(1.0, std::fabs(want));
-}
+using testsupport::close_rel;
 
 void PrintTo(const dataset_case &c, std::ostream *os) { *os << c.name; }
 

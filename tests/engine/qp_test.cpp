@@ -90,12 +90,52 @@ TEST_F(QpTest, SemidefiniteIsConvex) {
   EXPECT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), KVSL_LP_NONCONVEX);
 }
 
-TEST_F(QpTest, QuadraticRowsAreNotAvailable) {
-  EXPECT_EQ(KVSLloadqcqp64(p, "q", 0, 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                           nullptr, nullptr, nullptr, nullptr, 0, nullptr, nullptr, nullptr, 0,
-                           nullptr, nullptr, nullptr, nullptr, nullptr),
-            KVSL_ERR_UNSUPPORTED);
-  EXPECT_EQ(int_attr(p, KVSL_ATTR_ERRORCODE), KVSL_ERR_UNSUPPORTED);
+// Load min c'x subject to one 'L' row a'x + x'Qx <= rhs with the triples.
+int load_qcqp(KVSLprob p, const dense_model &m, int row, const std::vector<int> &q1,
+              const std::vector<int> &q2, const std::vector<double> &qv) {
+  column_arrays c(m);
+  const int qrow[] = {row};
+  const int64_t count[] = {static_cast<int64_t>(qv.size())};
+  return KVSLloadqcqp64(p, "qcqp", m.ncols(), m.nrows(), m.rowtype.data(), m.rhs.data(),
+                        nullptr, m.obj.data(), c.start.data(), nullptr, c.ind.data(),
+                        c.val.data(), m.lb.empty() ? nullptr : m.lb.data(),
+                        m.ub.empty() ? nullptr : m.ub.data(), 0, nullptr, nullptr, nullptr, 1,
+                        qrow, count, q1.data(), q2.data(), qv.data());
+}
+
+// min -x, (x + y)^2 <= 4 given as the triangle (0,0,1), (0,1,1), (1,1,1)
+// (an off-diagonal triple counts twice), y fixed at 1: x = 1, value -1.
+// Taking the off-diagonal once would give x^2 + x + 1 <= 4, x = 1.30.
+// The dual is d(1 - sqrt(r))/dr = -1/(2 sqrt(r)) = -1/4.
+TEST_F(QpTest, QuadraticRowTripleConvention) {
+  dense_model m{"L", {4}, {}, {-1, 0}, {-10, 1}, {10, 1}, {{0, 0}}};
+  ASSERT_EQ(load_qcqp(p, m, 0, {0, 0, 1}, {0, 1, 1}, {1, 1, 1}), 0);
+  ASSERT_EQ(KVSLminim(p, ""), 0);
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), KVSL_LP_OPTIMAL);
+  double x[2], slack[1], dual[1], dj[2];
+  ASSERT_EQ(KVSLgetlpsol(p, x, slack, dual, dj), 0);
+  EXPECT_NEAR(x[0], 1.0, 1e-6);
+  EXPECT_NEAR(slack[0], 0.0, 1e-6);
+  EXPECT_NEAR(dual[0], -0.25, 1e-5);
+  EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_LPOBJVAL), -1.0, 1e-7);
+}
+
+// Bad quadratic-row arrays are refused before anything is loaded.
+TEST_F(QpTest, QuadraticRowArraysAreChecked) {
+  dense_model m{"L", {4}, {}, {-1, 0}, {}, {}, {{0, 0}}};
+  EXPECT_EQ(load_qcqp(p, m, 1, {0}, {0}, {1}), KVSL_ERR_INDEX);   // no row 1
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_ERRORCODE), KVSL_ERR_INDEX);
+  EXPECT_EQ(load_qcqp(p, m, 0, {0}, {2}, {1}), KVSL_ERR_INDEX);   // no column 2
+  EXPECT_EQ(load_qcqp(p, m, -1, {0}, {0}, {1}), KVSL_ERR_INDEX);
+  column_arrays c(m);
+  const int qrow[] = {0};
+  const int64_t negative[] = {-1};
+  EXPECT_EQ(KVSLloadqcqp64(p, "q", 2, 1, m.rowtype.data(), m.rhs.data(), nullptr, m.obj.data(),
+                           c.start.data(), nullptr, c.ind.data(), c.val.data(), nullptr, nullptr,
+                           0, nullptr, nullptr, nullptr, 1, qrow, negative, nullptr, nullptr,
+                           nullptr),
+            KVSL_ERR_BADARG);
+  EXPECT_EQ(KVSLlpoptimize(p, ""), KVSL_ERR_NOTLOADED);
 }
 
 TEST_F(QpTest, QuadraticIndexOutOfRange) {

@@ -123,7 +123,10 @@ class Differential : public ExprTest {
                   (ij.first == ij.second ? "^2" : "*x" + std::to_string(ij.second)));
     for (auto [i, a] : r.lin) term(a, "x" + std::to_string(i));
     if (!wrote && (type != MDL_NONBINDING || r.c == 0)) s += "0";
-    const char *rel = type == MDL_LEQ ? " <= " : type == MDL_GEQ ? " >= " : type == MDL_EQ ? " = " : nullptr;
+    const char *rel = type == MDL_LEQ   ? " <= "
+                      : type == MDL_GEQ ? " >= "
+                      : type == MDL_EQ  ? " = "
+                                        : nullptr;
     if (r.c == 0) {
       if (rel != nullptr) s += std::string(rel) + "0";
     } else if (rel != nullptr) {

@@ -415,6 +415,26 @@ TEST_F(Expr, PrintingTermsAndRelations) {
   EXPECT_EQ(printed(prob, nullptr, MDL_EQ, 0), "0 = 0\n");
 }
 
+// Without terms, "0" stands for them except for type N with a constant;
+// the constant then follows its sign as after terms.
+TEST_F(Expr, PrintingConstantsWithoutTerms) {
+  MDLexpr c = expr(nullptr, nullptr, -5);
+  EXPECT_EQ(printed(prob, c, MDL_NONBINDING, 0), " - 5\n");
+  EXPECT_EQ(printed(prob, c, MDL_LEQ, 0), "0 <= 5\n");
+  EXPECT_EQ(printed(prob, c, MDL_RANGE, 2), "0 in [3,5]\n");
+  mdlsetexpr_term(c, nullptr, nullptr, 5);
+  EXPECT_EQ(printed(prob, c, MDL_NONBINDING, 0), " + 5\n");
+  EXPECT_EQ(printed(prob, c, MDL_GEQ, 0), "0 >= -5\n");
+}
+
+TEST_F(Expr, PrintingGoesThroughTheProblemsOutput) {
+  MDLexpr g = expr(x, nullptr, 1);
+  out.probs.clear();
+  EXPECT_EQ(printed(prob, g, MDL_EQ, 0), "x0 = 0\n");
+  ASSERT_FALSE(out.probs.empty());
+  for (MDLprob p : out.probs) EXPECT_EQ(p, prob);
+}
+
 TEST_F(Expr, PrintingUsesTheGivenProblemsFormat) {
   MDLexpr g = expr(x, nullptr, 0.125);
   mdladdexpr_term(g, nullptr, nullptr, 1);

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <map>
+#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -29,6 +30,16 @@ struct expr_value {
   termtest::value_map<mdl_qterm> quad;
   bool operator==(const expr_value &) const = default;
 };
+
+// Readable failure output: the terms by handle.
+inline void PrintTo(const expr_value &v, std::ostream *os) {
+  *os << "{constant " << v.constant << ";";
+  for (auto [key, c] : v.lin) *os << " " << c << "*" << reinterpret_cast<const void *>(key);
+  for (auto [key, c] : v.quad)
+    *os << " " << c << "*" << reinterpret_cast<const void *>(key.first) << "*"
+        << reinterpret_cast<const void *>(key.second);
+  *os << "}";
+}
 
 // Read without stripping: pending operations are applied to a copy of
 // the numbers only.

@@ -3,7 +3,6 @@
  * the shared element-name dictionary, table growth, names, printing,
  * messages and allocation failure.
  */
-#include <stdio.h>
 
 #include <string>
 #include <vector>
@@ -306,6 +305,26 @@ TEST_F(IdxSets, CustomHooksGrowThroughTheHooks) {
   EXPECT_EQ(s->capacity, 10);
   std::vector<std::string> want = {"e0", "e1", "e2", "e3", "e4", "e5"};
   EXPECT_EQ(elements(s), want);
+  expect_none();
+}
+
+TEST_F(IdxSets, TableStopsBeforeThePositionsOverflow) {
+  // A table whose next growth would pass the largest int32 position
+  // refuses the element like a failed allocation.  The sizes are faked: no
+  // slot is touched before the refusal.
+  MDLidxset s = mdlnewidxset_prob(prob, "s", 0);
+  ASSERT_EQ(mdladdidxel(s, "a"), 0);
+  const int32_t saved_capacity = s->capacity, saved_size = s->size;
+  s->capacity = s->size = INT32_MAX - 2;
+  EXPECT_EQ(mdladdidxel(s, "b"), -1);
+  expect_one(1502, 1, "Not enough memory.");
+  EXPECT_EQ(s->size, INT32_MAX - 2);
+  EXPECT_EQ(s->capacity, INT32_MAX - 2);
+  EXPECT_EQ(prob->nidxnames, 1);
+  s->capacity = saved_capacity;
+  s->size = saved_size;
+  EXPECT_EQ(mdlgetidxel(s, "b"), -1);
+  EXPECT_EQ(mdladdidxel(s, "b"), 1);
   expect_none();
 }
 

@@ -249,19 +249,21 @@ TEST_F(PublicMipQp, NonConvexObjective) {
   EXPECT_NEAR(mdlgetsol(x), 1.0, 1e-5);
 }
 
-// Quadratic constraints: the engine has none; the load fails clearly and
-// the problem stays unloaded.
-TEST_F(PublicMipQp, QuadraticConstraintIsRefused) {
+// A quadratic constraint: min -x, disc: x^2 <= 4, x in [0, 10]: x = 2,
+// value -2; the row is binding with dual d(-sqrt(r))/dr = -1/(2 sqrt(r)) =
+// -1/4.
+TEST_F(PublicMipQp, QuadraticConstraintIsSolved) {
   MDLvar x = mdlnewvar_prob(prob, "x", MDL_CONTINUOUS, 0, 10);
   MDLctr disc = mdlnewctr_prob(prob, "disc", MDL_LEQ);
   ASSERT_EQ(mdladdqterm(disc, x, x, 1), 0);
   ASSERT_EQ(mdladdterm(disc, nullptr, 4), 0);
   objective(prob, {{x, -1}});
-  EXPECT_EQ(mdlminim_prob(prob, ""), 1);
-  expect_engine_error("(loadmat) Korvex-Optimizer error 8 during 'loadqcqp'. Return value: 8.");
-  EXPECT_EQ(mdlgetprobstat_prob(prob) & st_loaded, 0);
-  EXPECT_EQ(mdlloadmat_prob(prob), 1);
-  expect_engine_error("(loadmat) Korvex-Optimizer error 8 during 'loadqcqp'. Return value: 8.");
+  ASSERT_EQ(mdlminim_prob(prob, ""), 0);
+  EXPECT_TRUE(errors.empty());
+  EXPECT_EQ(mdlgetlpstat_prob(prob), lp_optimal);
+  EXPECT_NEAR(mdlgetobjval_prob(prob), -2.0, 1e-7);
+  EXPECT_NEAR(mdlgetsol(x), 2.0, 1e-6);
+  EXPECT_NEAR(mdlgetdual(disc), -0.25, 1e-5);
 }
 
 // The six load calls, each chosen by the model's features, through the
@@ -308,7 +310,7 @@ TEST_F(PublicMipQp, SixLoadCalls) {
   }
   // Entities and a quadratic objective: min a^2 - 3a, a <= 8 (row), a
   // integer.  The relaxation (a QP) gives a = 1.5, value -2.25; the search
-  // is not available for this combination and fails clearly.
+  // finds a = 1 or 2, value -2.
   {
     MDLprob qg = mdlnewprob(nullptr);
     mdlsetmsglevel_prob(qg, 1);
@@ -321,12 +323,14 @@ TEST_F(PublicMipQp, SixLoadCalls) {
     EXPECT_NEAR(mdlgetobjval_prob(qg), -2.25, 1e-5);
     EXPECT_NEAR(mdlgetsol(a), 1.5, 1e-4);
     EXPECT_TRUE(errors.empty());
-    EXPECT_EQ(mdlmipoptimize_prob(qg, ""), 1);
-    expect_engine_error(
-        "(mipoptimize) Korvex-Optimizer error 8 during 'mipoptimize'. Return value: 8.");
+    ASSERT_EQ(mdlmipoptimize_prob(qg, ""), 0);
+    EXPECT_EQ(mdlgetmipstat_prob(qg), mip_optimal);
+    EXPECT_NEAR(mdlgetobjval_prob(qg), -2.0, 1e-7);
+    EXPECT_TRUE(errors.empty());
     mdldelprob_prob(qg);
   }
-  // Quadratic constraints with and without entities: refused by the engine.
+  // Quadratic constraints with and without entities: max a, k: a^2 <= 9,
+  // a in [0, 10]: a = 3 (also for an integer a).
   for (int type : {MDL_CONTINUOUS, MDL_INTEGER}) {
     errors.reports.clear();
     MDLprob qc = mdlnewprob(nullptr);
@@ -335,12 +339,11 @@ TEST_F(PublicMipQp, SixLoadCalls) {
     MDLctr k = mdlnewctr_prob(qc, "k", MDL_LEQ);
     ASSERT_EQ(mdladdqterm(k, a, a, 1), 0);
     ASSERT_EQ(mdladdterm(k, nullptr, 9), 0);
-    objective(qc, {{a, -1}});
-    EXPECT_EQ(mdlmaxim_prob(qc, ""), 1);
-    expect_engine_error(type == MDL_CONTINUOUS
-                            ? "(loadmat) Korvex-Optimizer error 8 during 'loadqcqp'. Return value: 8."
-                            : "(loadmat) Korvex-Optimizer error 8 during 'loadqcqpglobal'. Return "
-                              "value: 8.");
+    objective(qc, {{a, 1}});
+    ASSERT_EQ(mdlmaxim_prob(qc, ""), 0);
+    EXPECT_EQ(mdlgetlpstat_prob(qc), lp_optimal);
+    EXPECT_NEAR(mdlgetobjval_prob(qc), 3.0, 1e-7);
+    EXPECT_TRUE(errors.empty());
     mdldelprob_prob(qc);
   }
 }
