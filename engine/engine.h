@@ -76,6 +76,7 @@ class CoinPackedMatrix;
 
 namespace kvsl {
 class backend_log;
+struct callback_state;
 
 // One global entity of the loaded problem.
 struct entity {
@@ -176,6 +177,8 @@ struct kvsl_prob {
   std::vector<kvsl::mip_start> mip_starts;  // offered for the next search
   std::vector<double> start_x;     // the start held during a search
   std::string start_name;
+  // Search callbacks and the cut pool (callbacks.h); null until first used.
+  std::shared_ptr<kvsl::callback_state> callbacks;
 
   kvsl_prob();
   ~kvsl_prob();
@@ -258,6 +261,8 @@ void prepare_lp_log(kvsl_prob *prob);
 int solve_lp(kvsl_prob *prob, const char *flags);
 // Run the global search; fills the MIP results.
 int solve_mip(kvsl_prob *prob, const char *flags);
+// Forget the cut pool (a new matrix was loaded).
+void clear_cut_pool(kvsl_prob *prob);
 // Is a flag letter (case-insensitive) in the option string?
 bool has_flag(const char *flags, char letter);
 

@@ -199,6 +199,7 @@ int load(kvsl_prob *prob, const load_args &a) {
     prob->modelcuts.clear();
     prob->delayedrows.clear();
     prob->indicators.clear();
+    kvsl::clear_cut_pool(prob);
     prob->iterations = 0;
     prob->nodes = 0;
     prob->best_bound = 0.0;

@@ -25,6 +25,7 @@
 #include <CoinError.hpp>
 #include <OsiClpSolverInterface.hpp>
 
+#include "callbacks.h"
 #include "log.h"
 #include "mipstart.h"
 #include "search.h"
@@ -227,6 +228,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   std::vector<indicator_slacks> indicator_rows = relax_indicator_rows(prob, solver);
   std::vector<int> held = a.hold_rows ? pool_rows(prob) : std::vector<int>{};
   if (!held.empty()) solver.deleteRows(static_cast<int>(held.size()), held.data());
+  add_pool_rows(prob, solver);
   if (!solve_root(prob, solver))
     return !held.empty() && prob->mipstatus == KVSL_MIP_UNBOUNDED ? outcome::retry : outcome::done;
 
@@ -275,6 +277,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     add_indicator_objects(prob, model, indicator_rows, dirs);
   }
   offer_mip_start(prob, model, presolve ? process.originalColumns() : nullptr);
+  std::shared_ptr<void> app = attach_search_callbacks(prob, model);
   model.branchAndBound();
   prob->nodes += model.getNodeCount();
   prob->iterations += model.getIterationCount();
@@ -339,6 +342,13 @@ int solve_mip(kvsl_prob *prob, const char *flags) {
       prob->best_bound = prob->sense > 0 ? -KVSL_INFINITY : KVSL_INFINITY;
       search(prob, log, quiet, {false, false});
     }
+    // Solutions the application vetoed may have ended nodes early: search
+    // again with the cuts it gave in the LP until no veto adds any.
+    while (search_again_after_vetoes(prob)) {
+      prob->mip_held = false;
+      prob->best_bound = prob->sense > 0 ? -KVSL_INFINITY : KVSL_INFINITY;
+      search(prob, log, quiet, {false, true});
+    }
     keep_mip_start(prob);
   } catch (const std::bad_alloc &) {
     return fail(prob, KVSL_ERR_NOMEM);
@@ -347,6 +357,10 @@ int solve_mip(kvsl_prob *prob, const char *flags) {
     return fail(prob, KVSL_ERR_BACKEND);
   }
   prob->solvetime = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+  if (search_callback_failed(prob)) {
+    prob->mipstatus = prob->mip_held ? KVSL_MIP_SOLUTION : KVSL_MIP_NO_SOL_FOUND;
+    return fail(prob, KVSL_ERR_CALLBACK);
+  }
   return 0;
 }
 

@@ -571,6 +571,57 @@ KVTL_API int mdlreadslxsol_prob(MDLprob prob, const char *file, const char *flag
  * gaps, threads ...) the library does not set itself; null for no problem. */
 KVTL_API MDLkvslprob mdlgetkvslprob_prob(MDLprob prob);
 
+/* ---- Cuts -------------------------------------------------------------------
+ * A cut is a linear inequality or equation kept outside the model, in the
+ * problem's pool, and sent to the engine only by mdladdcuts_prob (usually
+ * from a callback during the search).  Types: 1 L (<=), 2 G (>=), 3 E (=). */
+typedef struct mdl_cut *MDLcut;
+
+/* Creators: null on failure.  An empty array gives a cut without terms. */
+KVTL_API MDLcut mdlnewcut_prob(MDLprob prob, int type, int id);
+/* Coefficient 1 for every element of the array. */
+KVTL_API MDLcut mdlnewcutsum_prob(MDLprob prob, MDLarrvar arr, int type, int id, double rhs);
+/* Element i (from 0) gets coefficient base + i. */
+KVTL_API MDLcut mdlnewcutsumc_prob(MDLprob prob, MDLarrvar arr, int type, int id, double base,
+                                   double rhs);
+/* Element i gets coefficient coefs[i]. */
+KVTL_API MDLcut mdlnewcutarrsum_prob(MDLprob prob, MDLarrvar arr, const double *coefs, int type,
+                                     int id, double rhs);
+/* Precedence: x - y <= -d (x plus d precedes y). */
+KVTL_API MDLcut mdlnewcutprec_prob(MDLprob prob, MDLvar x, MDLvar y, int id, double d);
+/* Access: the getters answer -1 (id, type) or 0 (rhs) for a null cut; the
+ * setters return 0 on success, 1 on failure. */
+KVTL_API int mdlgetcutid(MDLcut cut);
+KVTL_API int mdlsetcutid(MDLcut cut, int id);
+KVTL_API int mdlgetcuttype(MDLcut cut);
+KVTL_API int mdlsetcuttype(MDLcut cut, int type);
+KVTL_API double mdlgetcutrhs(MDLcut cut);
+/* The cut's linear terms, stripped of zero coefficients. */
+KVTL_API MDLtermlst mdlgetlinexp_cut(MDLcut cut);
+/* Terms: a null variable stands for the rhs.  mdladdcutterm ignores a
+ * value of exactly 0 before any check. */
+KVTL_API int mdladdcutterm(MDLcut cut, MDLvar var, double value);
+KVTL_API int mdladdcutarrterm(MDLcut cut, MDLarrvar arr, const double *coefs);
+KVTL_API int mdlsetcutterm(MDLcut cut, MDLvar var, double value);
+/* Removes a term (or zeroes the rhs) and marks the problem modified. */
+KVTL_API int mdldelcutterm(MDLcut cut, MDLvar var);
+KVTL_API int mdldelcut(MDLcut cut);
+/* "CUT(id):" followed by the cut as a relation, through the problem's output. */
+KVTL_API int mdlprintcut(MDLcut cut);
+/* Type and terms from an expression (linear part only, rhs = -constant). */
+KVTL_API int mdlsetcut(MDLcut cut, MDLexpr expr, int type);
+/* Add an expression's linear part to the cut (rhs -= its constant). */
+KVTL_API int mdlappcut(MDLcut cut, MDLexpr expr);
+/* Cut mode 0 lets the engine presolve the search; any other mode keeps the
+ * columns as loaded so that cuts can be added. */
+KVTL_API int mdlsetcutmode_prob(MDLprob prob, int mode);
+/* Send cuts to the engine's current node problem: 0 or 1. */
+KVTL_API int mdladdcuts_prob(MDLprob prob, MDLcut *cuts, int ncuts);
+/* Read the engine's cut pool into new cuts chained through their next
+ * link; *first gets the first, *ncoefs the total number of coefficients.
+ * Returns the number of cuts. */
+KVTL_API int mdlgetcuts_prob(MDLprob prob, MDLcut *first, int *ncoefs);
+
 /* ---- Model files ---------------------------------------------------------- */
 
 /* Output file formats of mdlexportprob_prob. */

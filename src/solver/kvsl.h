@@ -534,6 +534,51 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
                                        indicator column that is not a binary
                                        ('B', or 'I' within [0, 1]) */
 
+/* ---- Callbacks of the global search and the cut pool ----------------------
+ *
+ * An application can take part in the global search of a problem through
+ * two callbacks registered on it.  Both run in the thread that called the
+ * optimisation (a problem with callbacks is searched with one thread), with
+ * the engine problem being optimised as their first argument.  While one
+ * runs, KVSLgetlpsol answers the solution the callback is about (values,
+ * slacks from those values and reduced costs of the node's relaxation; the
+ * duals are 0) and KVSLaddcuts adds cuts for the search.  A library problem
+ * reaches this through its callback bracket: inside a callback the
+ * application opens mdlbegincb_prob with this engine problem, reads values
+ * (after mdlsync_prob mode 1), adds cuts with mdladdcuts_prob and closes the
+ * bracket with mdlendcb_prob.
+ *
+ * - Cut manager: called at the root in rounds and at the nodes with the
+ *   relaxation solution of the node; the cuts it adds go into the node's
+ *   relaxation, which is solved again, and it is called again until it adds
+ *   none (or the search's rounds per node are used up).
+ * - Candidate solution: called with every integer solution before the
+ *   engine accepts it (node solutions and those of heuristics).  Setting
+ *   *reject to a non-zero value rejects it: it never becomes the incumbent.
+ *   The callback should add cuts that cut it off (lazy constraints): a
+ *   rejected node solution without such cuts ends its node.
+ *
+ * Every cut added (in a callback or outside one) is kept in the problem's
+ * cut pool with its type number, valid for the whole search tree, and is
+ * applied wherever a node's solution violates it; the pool lasts until the
+ * next matrix load.  KVSLgetcutlist lists the pool in the order the cuts
+ * were added; a cut's handle stays valid until that load.  There is one
+ * interpretation of cuts: interp is accepted as -1 or any value.
+ *
+ * A callback returns 0 to go on.  A non-zero return value ends the search
+ * cleanly at the next opportunity: the best solution accepted so far is
+ * kept with MIP status 3 or 4 (search incomplete) and the optimisation
+ * returns KVSL_ERR_CALLBACK.  A problem with callbacks is never presolved
+ * for the search, so column numbers stay those of the load.  Registering a
+ * null function removes a callback.
+ */
+typedef int (*KVSLcbcutmgr)(KVSLprob prob, void *user);
+typedef int (*KVSLcbpreintsol)(KVSLprob prob, void *user, const double x[], int ncols,
+                               int *reject);
+int KVSLsetcbcutmgr(KVSLprob prob, KVSLcbcutmgr f, void *user);
+int KVSLsetcbpreintsol(KVSLprob prob, KVSLcbpreintsol f, void *user);
+#define KVSL_ERR_CALLBACK 13        /* a search callback asked to stop */
+
 /* ---- Quadratic models ------------------------------------------------------ */
 /*
  * Continuous problems with a quadratic objective or quadratic rows are

@@ -3,6 +3,7 @@
  * engine, take over its solution state; LP and MIP status texts.
  */
 #include <ctype.h>
+#include <pthread.h>
 
 #include "core/errors.h"
 #include "problem/problem.h"
@@ -75,12 +76,14 @@ bool has_option(const char *options, char letter) {
   return false;
 }
 
-// An open callback bracket during optimisation is closed here, so that the
-// problem gets its own engine problem (and its mutex) back.
+// A bracket still open after optimisation is abandoned: the saved handle
+// is forgotten (the engine handle in use stays as the bracket set it) and
+// the bracket's mutex is released so that a new bracket can open.
 void close_open_bracket(MDLprob prob, const char *fn) {
   if (prob->savedkvsl == nullptr) return;
   mdlerror(nullptr, MDL_W_NOMATCH, fn, "begincb", "endcb");
-  mdlendcb_prob(prob);
+  prob->savedkvsl = nullptr;
+  pthread_mutex_unlock(&prob->mutex);
 }
 
 // LP state after lpoptimize: a solution when the engine holds one.

@@ -258,11 +258,18 @@ TEST_F(Optimize, OpenCallbackBracketIsReportedAndClosed) {
   ASSERT_EQ(errors.reports.size(), 1u);
   EXPECT_EQ(errors.reports[0].prob, nullptr);
   expect_report(1573, 0, "(lpoptimize) 'begincb' without matching 'endcb'.");
+  // The saved handle is cleared, not restored: the bracket's handle stays.
   EXPECT_EQ(prob->savedkvsl, nullptr);
-  EXPECT_EQ(prob->kvsl, own);
-  // The bracket's mutex was released: a new bracket can open and close.
-  ASSERT_EQ(mdlbegincb_prob(prob, node), 0);
+  EXPECT_EQ(prob->kvsl, node);
+  // The bracket's mutex was released: a new bracket opens without a
+  // warning and saves the handle then in use.
+  errors.reports.clear();
+  ASSERT_EQ(mdlbegincb_prob(prob, own), 0);
+  EXPECT_TRUE(errors.reports.empty());
+  EXPECT_EQ(prob->savedkvsl, node);
   ASSERT_EQ(mdlendcb_prob(prob), 0);
+  EXPECT_EQ(prob->kvsl, node);
+  prob->kvsl = own;
   KVSLdestroyprob(node);
 }
 
