@@ -9,7 +9,7 @@
 #include <stdint.h>
 
 #include "kvtl.h"
-#include "solver/kvsl.h"
+#include "kvsl.h"
 
 namespace kvtl {
 

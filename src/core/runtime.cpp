@@ -12,7 +12,7 @@
 #include <atomic>
 #include <string>
 
-#include "solver/kvsl.h"
+#include "kvsl.h"
 
 // The hooks start as the system allocator, so that the pools work even
 // before start-up; start-up restores them when the application cleared them.

@@ -11,7 +11,7 @@
 #include "core/pool.h"
 #include "kvtl.h"
 #include "model/records.h"
-#include "solver/kvsl.h"
+#include "kvsl.h"
 
 // Flags of `status`.
 enum : uint32_t {
