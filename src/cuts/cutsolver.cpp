@@ -7,7 +7,7 @@
 #include "cuts/cuts.h"
 #include "model/records.h"
 #include "problem/problem.h"
-#include "solver/kvsl.h"
+#include "kvsl.h"
 #include "solver/solver.h"
 
 using namespace kvtl;
