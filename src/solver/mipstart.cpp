@@ -15,26 +15,6 @@ namespace {
 
 constexpr uint32_t needs_generation = MDL_ST_MODIFIED | MDL_ST_REGEN;
 
-// The objective's activity at the primal values plus its constant term.
-double objective_at(MDLprob prob, const double *x) {
-  mdl_ctr *obj = prob->objective;
-  if (obj == nullptr) return 0.0;
-  mdlstriptermlst(&obj->expr.lin);
-  mdlstripqtermlst(&obj->expr.quad);
-  auto value = [&](mdl_var *v) {
-    int col = column_of(v);
-    return col >= 0 ? x[col] : 0.0;
-  };
-  double act = obj->expr.constant;
-  if (obj->expr.lin != nullptr)
-    for (auto *t = static_cast<mdl_term *>(obj->expr.lin->first); t != nullptr; t = t->next)
-      act += t->coef * value(t->var);
-  if (obj->expr.quad != nullptr)
-    for (auto *t = static_cast<mdl_qterm *>(obj->expr.quad->first); t != nullptr; t = t->next)
-      act += t->coef * value(t->var1) * value(t->var2);
-  return act;
-}
-
 }  // namespace
 
 // Offer the values of the solution's variables that have a column in this
@@ -123,6 +103,8 @@ KVTL_API int mdlloadmipsol_prob(MDLprob prob, const double *x, int ncols, int to
   if (ncols > 0) memcpy(prob->solx, x, static_cast<size_t>(ncols) * sizeof(double));
   prob->solcache = MDL_SC_X | MDL_SC_MIP;
   prob->status |= MDL_ST_SOLUTION | MDL_ST_OUTSIDESOL;
-  prob->objval = objective_at(prob, prob->solx);
+  // The activity is taken from the terms at the values just installed.
+  mdl_ctr *obj = prob->objective;
+  prob->objval = obj != nullptr ? mdlgetact(obj) + obj->expr.constant : 0.0;
   return 0;
 }

@@ -61,44 +61,33 @@ int set_value(mdl_sol *sol, mdl_var *var, double value) {
       sol->pending = 0;
       return 0;
     }
-    mdl_solentry *hit = s == serial_of(sol->first) ? sol->first
-                        : s == serial_of(sol->last) ? sol->last
-                                                    : nullptr;
+    // An entry of the variable, or a removed end entry beyond which s lies,
+    // takes the value in place.
+    mdl_solentry *newest = newest_append(sol);
+    mdl_solentry *hit = nullptr;
+    if (s == serial_of(sol->first) || (s < serial_of(sol->first) && isnan(sol->first->value)))
+      hit = sol->first;
+    else if (s == serial_of(sol->last) || (s > serial_of(sol->last) && isnan(sol->last->value)))
+      hit = sol->last;
+    else if (newest != nullptr && serial_of(newest) == s)
+      hit = newest;
     if (hit != nullptr) {
       hit->var = var;
       hit->value = value;
       return 0;
     }
-    if (s < serial_of(sol->first)) {
-      if (isnan(sol->first->value)) {
-        sol->first->var = var;
-        sol->first->value = value;
-        return 0;
-      }
+    if (s < serial_of(sol->first) || s > serial_of(sol->last)) {
       mdl_solentry *e = new_entry(sol, var, value);
       if (e == nullptr) return 1;
-      e->next = sol->first;
-      sol->first = e;
-      return 0;
-    }
-    if (s > serial_of(sol->last)) {
-      if (isnan(sol->last->value)) {
-        sol->last->var = var;
-        sol->last->value = value;
-        return 0;
+      if (s < serial_of(sol->first)) {
+        e->next = sol->first;
+        sol->first = e;
+      } else {
+        // The new last entry takes over the appends that followed the old one.
+        e->next = sol->last->next;
+        sol->last->next = e;
+        sol->last = e;
       }
-      mdl_solentry *e = new_entry(sol, var, value);
-      if (e == nullptr) return 1;
-      // The new last entry takes over the appends that followed the old one.
-      e->next = sol->last->next;
-      sol->last->next = e;
-      sol->last = e;
-      return 0;
-    }
-    mdl_solentry *newest = newest_append(sol);
-    if (newest != nullptr && serial_of(newest) == s) {
-      newest->var = var;
-      newest->value = value;
       return 0;
     }
     if (sol->pending < max_appends) return append(sol, var, value) ? 0 : 1;

@@ -176,6 +176,9 @@ TEST_F(MipSol, AddPassesLoadedColumnsOfThisProblem) {
   model();
   MDLvar loose = var("loose");  // no column
   MDLprob other = mdlnewprob("other");
+  // Entries match by serial number: the foreign variable gets one that no
+  // variable of this problem has.
+  for (int i = 0; i < 10; ++i) mdlnewvar_prob(other, nullptr, MDL_CONTINUOUS, 0, 1);
   MDLvar foreign = mdlnewvar_prob(other, "f", MDL_CONTINUOUS, 0, 1);
   prob->status &= ~static_cast<uint32_t>(MDL_ST_MODIFIED);
   fake::clear_calls();
@@ -184,6 +187,7 @@ TEST_F(MipSol, AddPassesLoadedColumnsOfThisProblem) {
   EXPECT_EQ(mdlsetsolvar(s, y, 2), 0);
   EXPECT_EQ(mdlsetsolvar(s, x, 1), 0);
   EXPECT_EQ(mdlsetsolvar(s, loose, 4), 0);
+  EXPECT_EQ(mdlgetsolsize(s), 4);
   EXPECT_EQ(mdladdmipsol_prob(prob, s, "start"), 0);
   ASSERT_EQ(engine_calls(), std::vector<std::string>{"KVSLaddmipsol"});
   const fake::call c = fake::calls_of("KVSLaddmipsol").at(0);
@@ -309,6 +313,24 @@ TEST_F(MipSol, OutOfMemoryGivesMinusThree) {
   EXPECT_EQ(rc, -3);
   expect_report(1502, 1, "Not enough memory.");
   mdldelsol(s);
+}
+
+TEST_F(MipSol, LoadReportsAFailingEngineCall) {
+  model();
+  double xv[2] = {0, 0};
+  fake::fail_call("KVSLloadmipsol", 1, KVSL_ERR_BADARG);
+  EXPECT_EQ(mdlloadmipsol_prob(prob, xv, 2, 1), -3);
+  expect_report(1524, 1, "(loadmipsol) Korvex-Optimizer error 3 during 'loadmipsol'. Return value: 3.");
+  EXPECT_EQ(prob->status & MDL_ST_SOLUTION, 0u);
+}
+
+TEST_F(MipSol, SolutionOutlivesItsProblem) {
+  MDLvar a = var("a");
+  MDLsol s = mdlnewsol_prob(prob);
+  mdlsetsolvar(s, a, 1);
+  EXPECT_EQ(mdldelprob_prob(prob), 0);
+  prob = nullptr;
+  EXPECT_EQ(mdldelsol(s), 0);
 }
 
 }  // namespace
