@@ -3,7 +3,7 @@
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 
-.PHONY: all deps build demo test test-slow test-asan test-tsan bench fuzz clean
+.PHONY: all deps build demo test test-slow test-asan test-tsan bench fuzz clean install
 
 all: build
 
@@ -61,3 +61,9 @@ fuzz:
 
 clean:
 	rm -rf build build-asan build-tsan build-fuzz
+
+# Install the headers, both libraries, the CMake package and kvtl.pc under
+# PREFIX (DESTDIR, if set, is put in front for staged installs).
+PREFIX ?= /usr/local
+install: build
+	cmake --install build --prefix $(PREFIX)
