@@ -333,4 +333,20 @@ TEST_F(MipSol, SolutionOutlivesItsProblem) {
   EXPECT_EQ(mdldelsol(s), 0);
 }
 
+TEST_F(MipSol, ExhaustedPoolFailsTheCall) {
+  std::vector<MDLvar> v;
+  for (int i = 0; i < 20000; ++i) v.push_back(mdlnewvar_prob(prob, nullptr, MDL_CONTINUOUS, 0, 1));
+  MDLsol s = mdlnewsol_prob(prob);
+  void *(*saved)(size_t) = mdlsl_malloc;
+  mdlsl_malloc = null_malloc;
+  int set = 0;
+  int rc = 0;
+  while (set < 20000 && (rc = mdlsetsolvar(s, v[set], 1.0)) == 0) ++set;
+  mdlsl_malloc = saved;
+  ASSERT_EQ(rc, 1);  // the pool's free space ran out before 20000 entries
+  expect_report(1502, 1, "Not enough memory.");
+  EXPECT_EQ(mdlgetsolsize(s), set);
+  mdldelsol(s);
+}
+
 }  // namespace
