@@ -763,6 +763,39 @@ KVTL_API int mdlreadarrline(FILE *stream, int maxlen, const char *format,
 KVTL_API int mdlreadarrlinecb(MDLreadfn readfn, void *handle, int maxlen,
                               const char *format, void *array, int n);
 
+/* ---- MIP start solutions ----------------------------------------------------
+ * A solution object holds values for some variables, matched by the
+ * variables' serial numbers; a NaN value removes the variable's value. */
+typedef struct mdl_sol *MDLsol;
+/* A new empty solution of the problem; null on failure. */
+KVTL_API MDLsol mdlnewsol_prob(MDLprob prob);
+/* Set (or replace) the value of a variable; 0, or 1 on failure. */
+KVTL_API int mdlsetsolvar(MDLsol sol, MDLvar var, double value);
+/* Set values[i] for arr[i] for every slot of the array; 1 at the first
+ * failing element. */
+KVTL_API int mdlsetsolarrvar(MDLsol sol, MDLarrvar arr, const double *values);
+/* Remove the value of a variable. */
+KVTL_API int mdldelsolvar(MDLsol sol, MDLvar var);
+/* Drop removed entries. */
+KVTL_API int mdlstripsol(MDLsol sol);
+/* Number of variables with a value; -1 for no solution. */
+KVTL_API int mdlgetsolsize(MDLsol sol);
+/* 0 and the value, -1 when the variable has none, 1 on a null argument. */
+KVTL_API int mdlgetsolvar(MDLsol sol, MDLvar var, double *value);
+/* Print "name = value" entries through the problem's output. */
+KVTL_API int mdlprintsol(MDLsol sol);
+/* Delete the solution. */
+KVTL_API int mdldelsol(MDLsol sol);
+/* Offer the solution's values of the problem's loaded columns to the solver
+ * as a MIP start named `name`: 0, 1 on failure, -2 when the matrix cannot
+ * be loaded, -3 out of memory. */
+KVTL_API int mdladdmipsol_prob(MDLprob prob, MDLsol sol, const char *name);
+/* A full vector of ncols column values: passed to the solver to check when
+ * `tosolver` is set (result: the solver's status, 0 accepted), else made
+ * the current solution (0); -2 when the matrix does not match, -3 on
+ * failure. */
+KVTL_API int mdlloadmipsol_prob(MDLprob prob, const double *x, int ncols, int tosolver);
+
 #ifdef __cplusplus
 }
 #endif
