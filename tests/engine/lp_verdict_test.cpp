@@ -50,8 +50,32 @@ bool satisfies(const dense_model &d, const std::vector<double> &x) {
 
 // Every verdict of a single dual run, with or without presolve, must agree
 // with the primal simplex and the barrier; a feasible verdict's point must
-// satisfy the system.
-TEST_F(LpVerdict, SubsystemsAgreeAcrossAlgorithms) {
+// satisfy the system.  Counts the verdicts in feasible and infeasible.
+void check_verdicts(KVSLprob p, const dense_model &d, int &feasible, int &infeasible) {
+  ASSERT_EQ(load_lp(p, d), 0);
+  ASSERT_EQ(KVSLlpoptimize(p, "p"), 0);
+  int reference = int_attr(p, KVSL_ATTR_LPSTATUS);
+  ASSERT_TRUE(reference == KVSL_LP_OPTIMAL || reference == KVSL_LP_INFEAS ||
+              reference == KVSL_LP_UNBOUNDED);
+  ASSERT_EQ(KVSLlpoptimize(p, "b"), 0);
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), reference);
+  for (int presolve : {1, 0}) {
+    ASSERT_EQ(load_lp(p, d), 0);
+    ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_PRESOLVE, presolve), 0);
+    ASSERT_EQ(KVSLlpoptimize(p, "d"), 0);
+    EXPECT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), reference) << "presolve " << presolve;
+    if (int_attr(p, KVSL_ATTR_LPSTATUS) == KVSL_LP_OPTIMAL) {
+      std::vector<double> x(static_cast<size_t>(d.ncols()));
+      EXPECT_EQ(KVSLgetlpsol(p, x.data(), nullptr, nullptr, nullptr), 0);
+      EXPECT_TRUE(satisfies(d, x));
+    }
+  }
+  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_PRESOLVE, 1), 0);
+  (reference == KVSL_LP_INFEAS ? infeasible : feasible)++;
+}
+
+// Every four-row subsystem of itest2.
+TEST_F(LpVerdict, SubsystemsOfItest2AgreeAcrossAlgorithms) {
   mps_model m = read_mps(std::string(KVSL_TEST_DATA_DIR) + "/infeas/itest2.mps.gz");
   int nrows = static_cast<int>(m.rowtype.size());
   ASSERT_EQ(nrows, 9);
@@ -62,28 +86,33 @@ TEST_F(LpVerdict, SubsystemsAgreeAcrossAlgorithms) {
       std::vector<int> rows;
       for (int i = 0; i < nrows; ++i)
         if ((mask >> i) & 1) rows.push_back(i);
-      dense_model d = subsystem(m, rows, free);
-      std::string what = (free ? "free columns, rows mask " : "rows mask ") + std::to_string(mask);
-      SCOPED_TRACE(what);
-      ASSERT_EQ(load_lp(p, d), 0);
-      ASSERT_EQ(KVSLlpoptimize(p, "p"), 0);
-      int reference = int_attr(p, KVSL_ATTR_LPSTATUS);
-      ASSERT_TRUE(reference == KVSL_LP_OPTIMAL || reference == KVSL_LP_INFEAS);
-      ASSERT_EQ(KVSLlpoptimize(p, "b"), 0);
-      EXPECT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), reference);
-      for (int presolve : {1, 0}) {
-        ASSERT_EQ(load_lp(p, d), 0);
-        ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_PRESOLVE, presolve), 0);
-        ASSERT_EQ(KVSLlpoptimize(p, "d"), 0);
-        EXPECT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), reference) << "presolve " << presolve;
-        if (int_attr(p, KVSL_ATTR_LPSTATUS) == KVSL_LP_OPTIMAL) EXPECT_TRUE(satisfies(d, lpsol()));
-      }
-      ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_PRESOLVE, 1), 0);
-      (reference == KVSL_LP_OPTIMAL ? feasible : infeasible)++;
+      SCOPED_TRACE((free ? "free columns, rows mask " : "rows mask ") + std::to_string(mask));
+      check_verdicts(p, subsystem(m, rows, free), feasible, infeasible);
     }
   // Both verdicts occur among the subsystems.
   EXPECT_GT(feasible, 0);
   EXPECT_GT(infeasible, 0);
+}
+
+// Subsystems of a few consecutive rows of larger infeasible models, over
+// free and over bounded columns.
+TEST_F(LpVerdict, RowBlocksOfLargerModelsAgreeAcrossAlgorithms) {
+  for (const char *name : {"forest6", "klein1"}) {
+    mps_model m = read_mps(std::string(KVSL_TEST_DATA_DIR) + "/infeas/" + name + ".mps.gz");
+    int nrows = static_cast<int>(m.rowtype.size());
+    ASSERT_GT(nrows, 8) << name;
+    int feasible = 0, infeasible = 0;
+    for (bool free : {true, false})
+      for (int size : {3, 6})
+        for (int first = 0; first + size <= nrows; first += 2) {
+          std::vector<int> rows;
+          for (int i = first; i < first + size; ++i) rows.push_back(i);
+          SCOPED_TRACE(std::string(name) + (free ? ", free columns, rows " : ", rows ") +
+                       std::to_string(first) + "+" + std::to_string(size));
+          check_verdicts(p, subsystem(m, rows, free), feasible, infeasible);
+        }
+    EXPECT_GT(feasible + infeasible, 0) << name;
+  }
 }
 
 }  // namespace
