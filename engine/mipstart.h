@@ -15,8 +15,9 @@ namespace kvsl {
 // best feasible one is held for the search; infeasible ones are reported
 // through the message callback and dropped.
 void prepare_mip_starts(kvsl_prob *prob);
-// Install the held start as the model's incumbent (orig maps the model's
-// columns to the loaded ones, null: the same).
+// Hand the held start to the model, which takes it as its incumbent once
+// the root is done (orig maps the model's columns to the loaded ones,
+// null: the same).
 void offer_mip_start(const kvsl_prob *prob, CbcModel &model, const int *orig);
 // After the search: the held start becomes the result when the search
 // found nothing better; then it is dropped.
