@@ -87,18 +87,8 @@ class subsystem_lp {
     ClpSimplex e;
     e.setLogLevel(0);
     std::vector<double> zero(n.ncols, 0.0);
-    std::vector<double> l(n.ncols, -COIN_DBL_MAX), u(n.ncols, COIN_DBL_MAX);
-    std::vector<double> lo(n.nrows, -COIN_DBL_MAX), up(n.nrows, COIN_DBL_MAX);
-    for (int mem : members) {
-      if (n.is_row(mem)) {
-        lo[mem] = rl[mem];
-        up[mem] = ru[mem];
-      } else if (n.upper(mem)) {
-        u[n.col(mem)] = cu[n.col(mem)];
-      } else {
-        l[n.col(mem)] = cl[n.col(mem)];
-      }
-    }
+    bounds b = bounds_of(members);
+    auto &[l, u, lo, up] = b;
     e.loadProblem(*m.matrix(), l.data(), u.data(), zero.data(), lo.data(), up.data());
     // One elastic column per finite side of each member row.
     for (int mem : members) {
@@ -145,20 +135,31 @@ class subsystem_lp {
   int solves = 0;
 
  private:
-  // Switch the model to the given members; everything else is free.
-  void apply(const std::vector<int> &members, ClpSimplex &lp) const {
-    std::vector<double> l(n.ncols, -COIN_DBL_MAX), u(n.ncols, COIN_DBL_MAX);
-    std::vector<double> lo(n.nrows, -COIN_DBL_MAX), up(n.nrows, COIN_DBL_MAX);
+  // Column and row bounds of the system made of the given members; every
+  // other row and bound is free.
+  struct bounds {
+    std::vector<double> l, u, lo, up;
+  };
+  bounds bounds_of(const std::vector<int> &members) const {
+    bounds b{std::vector<double>(n.ncols, -COIN_DBL_MAX), std::vector<double>(n.ncols, COIN_DBL_MAX),
+             std::vector<double>(n.nrows, -COIN_DBL_MAX), std::vector<double>(n.nrows, COIN_DBL_MAX)};
     for (int mem : members) {
       if (n.is_row(mem)) {
-        lo[mem] = rl[mem];
-        up[mem] = ru[mem];
+        b.lo[mem] = rl[mem];
+        b.up[mem] = ru[mem];
       } else if (n.upper(mem)) {
-        u[n.col(mem)] = cu[n.col(mem)];
+        b.u[n.col(mem)] = cu[n.col(mem)];
       } else {
-        l[n.col(mem)] = cl[n.col(mem)];
+        b.l[n.col(mem)] = cl[n.col(mem)];
       }
     }
+    return b;
+  }
+
+  // Switch the model to the given members; everything else is free.
+  void apply(const std::vector<int> &members, ClpSimplex &lp) const {
+    bounds b = bounds_of(members);
+    auto &[l, u, lo, up] = b;
     lp.chgRowLower(lo.data());
     lp.chgRowUpper(up.data());
     lp.chgColumnLower(l.data());

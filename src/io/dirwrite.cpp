@@ -31,7 +31,7 @@ int64_t truncated_priority(double value) {
   return static_cast<int32_t>(value);
 }
 
-void write_directives(MDLprob prob, out_file &out) {
+int write_directives(MDLprob prob, out_file &out) {
   char buf[24];
   for (const mdl_dir *d = prob->dirhead; d != nullptr; d = d->next) {
     // A directive whose set was deleted names nothing and is not written.
@@ -69,6 +69,7 @@ void write_directives(MDLprob prob, out_file &out) {
     out.put(entity_name(c->name, c, buf));
     out.put('\n');
   }
+  return 0;
 }
 
 }  // namespace
@@ -85,20 +86,5 @@ KVTL_API int mdlwritedir_prob(MDLprob prob, const char *file) {
     mdlerror(nullptr, MDL_E_NOPROB, "writedir");
     return 1;
   }
-  char *name = output_file_name(prob, file, ".dir");
-  if (name == nullptr) {
-    mdlerror(prob, MDL_E_NOMEM);
-    return 1;
-  }
-  FILE *f = fopen(name, "w");
-  mdlsl_free(name);
-  if (f == nullptr) return 1;
-  bool ok;
-  {
-    out_file out(f, prob->realfmt);
-    write_directives(prob, out);
-    ok = out.finish();
-  }
-  if (fclose(f) != 0) ok = false;
-  return ok ? 0 : 1;
+  return write_file(prob, file, ".dir", write_directives);
 }

@@ -31,6 +31,26 @@ char *output_file_name(MDLprob prob, const char *given, const char *ext) {
   return name;
 }
 
+int write_file(MDLprob prob, const char *given, const char *ext,
+               int (*write)(MDLprob prob, out_file &out)) {
+  char *name = output_file_name(prob, given, ext);
+  if (name == nullptr) {
+    mdlerror(prob, MDL_E_NOMEM);
+    return 1;
+  }
+  FILE *f = fopen(name, "w");
+  mdlsl_free(name);
+  if (f == nullptr) return 1;
+  int rc;
+  {
+    out_file out(f, prob->realfmt);
+    rc = write(prob, out);
+    if (!out.finish()) rc = 1;
+  }
+  if (fclose(f) != 0) rc = 1;
+  return rc;
+}
+
 }  // namespace kvtl
 
 using namespace kvtl;
@@ -49,20 +69,6 @@ KVTL_API int mdlexportprob_prob(MDLprob prob, int format, const char *file) {
     format = 1;
   }
   if (mdlloadmat_prob(prob) != 0) return 1;
-  char *name = output_file_name(prob, file, format == 2 ? ".mps" : ".lp");
-  if (name == nullptr) {
-    mdlerror(prob, MDL_E_NOMEM);
-    return 1;
-  }
-  FILE *f = fopen(name, "w");
-  mdlsl_free(name);
-  if (f == nullptr) return 1;
-  int rc;
-  {
-    out_file out(f, prob->realfmt);
-    rc = format == 2 ? write_mps(prob, out) : write_lp(prob, out);
-    if (!out.finish()) rc = 1;
-  }
-  if (fclose(f) != 0) rc = 1;
-  return rc;
+  return format == 2 ? write_file(prob, file, ".mps", write_mps)
+                     : write_file(prob, file, ".lp", write_lp);
 }

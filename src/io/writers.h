@@ -18,6 +18,13 @@ namespace kvtl {
 // allocator hooks (free with mdlsl_free); null when out of memory.
 char *output_file_name(MDLprob prob, const char *given, const char *ext);
 
+// Open the file for `given` and `ext` (see output_file_name), run `write`
+// (0 on success) on it through a buffered output and close it.  0 on
+// success; 1 when the name cannot be made (error 1502), the file cannot be
+// opened (no message), `write` fails or not everything could be written.
+int write_file(MDLprob prob, const char *given, const char *ext,
+               int (*write)(MDLprob prob, out_file &out));
+
 // Write the generated model of `prob` as an LP file / fixed-column MPS file.
 // Both return 0; the MPS writer returns 1 after reporting error 1502 when
 // its working storage cannot be had.
