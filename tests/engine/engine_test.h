@@ -116,6 +116,15 @@ class EngineTest : public ::testing::Test {
     EXPECT_EQ(KVSLgetlpsol(p, x.data(), nullptr, nullptr, nullptr), 0);
     return x;
   }
+  // Search in the given sense; expect the optimum and return the solution.
+  std::vector<double> optimum(int sense, double objective) {
+    EXPECT_EQ(sense > 0 ? KVSLminim(p, "g") : KVSLmaxim(p, "g"), 0);
+    EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
+    EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), objective, 1e-6);
+    std::vector<double> x(int_attr(p, KVSL_ATTR_COLS));
+    EXPECT_EQ(KVSLgetmipsol(p, x.data(), nullptr), 0);
+    return x;
+  }
   KVSLprob p = nullptr;
 };
 

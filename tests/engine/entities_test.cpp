@@ -9,18 +9,7 @@
 
 namespace {
 
-class EntityTest : public EngineTest {
- protected:
-  // Search in the given sense; expect an optimum and return the solution.
-  std::vector<double> optimum(int sense, double objective) {
-    EXPECT_EQ(sense > 0 ? KVSLminim(p, "g") : KVSLmaxim(p, "g"), 0);
-    EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
-    EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), objective, 1e-6);
-    std::vector<double> x(int_attr(p, KVSL_ATTR_COLS));
-    EXPECT_EQ(KVSLgetmipsol(p, x.data(), nullptr), 0);
-    return x;
-  }
-};
+using EntityTest = EngineTest;
 
 // min c x + 3y  s.t.  x + y >= 1,  x semi-continuous in {0} u [l, 10].
 dense_model semicont_model(double cx, double cy) {

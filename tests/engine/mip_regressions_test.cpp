@@ -9,18 +9,7 @@
 
 namespace {
 
-class MipRegression : public EngineTest {
- protected:
-  // Search in the given sense; expect the optimum and return the solution.
-  std::vector<double> optimum(int sense, double objective) {
-    EXPECT_EQ(sense > 0 ? KVSLminim(p, "g") : KVSLmaxim(p, "g"), 0);
-    EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
-    EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), objective, 1e-6);
-    std::vector<double> x(int_attr(p, KVSL_ATTR_COLS));
-    EXPECT_EQ(KVSLgetmipsol(p, x.data(), nullptr), 0);
-    return x;
-  }
-};
+using MipRegression = EngineTest;
 
 // max 46x + 600e - 2600m; 4x <= 200 when e = 1; x - 60m <= 0; e, m binary.
 // A search that took x = 50, e = 1, m = 1 (300) as optimal had lost the
