@@ -1,0 +1,55 @@
+/*
+ * model_text.h -- the text of a model file, for what the COIN-OR readers
+ * cannot take as written: quadratic objectives of LP files, quadratic
+ * sections of MPS files ahead of the BOUNDS, free MPS without its marker.
+ */
+#ifndef KVTL_TOOLS_MODEL_TEXT_H
+#define KVTL_TOOLS_MODEL_TEXT_H
+
+#include <string>
+#include <vector>
+
+// The whole file, gzip-compressed or not; false when it cannot be read.
+bool read_model_text(const char *file, std::string *text);
+
+// One term of a quadratic objective: coef * first * second.
+struct quadratic_term {
+  std::string first, second;
+  double coef;
+};
+
+// Take the quadratic part "[ ... ]" (optionally followed by "/ 2") out of
+// the objective of an LP-format text, into *terms with their coefficients
+// as they count in the objective (the halving and the sign in front
+// applied).  The part is replaced by zero linear terms of its variables, so
+// that a reader still makes their columns.  False with a reason in *error
+// when the part cannot be parsed, or quadratic rows are found.
+bool take_lp_quadratic(std::string *text, std::vector<quadratic_term> *terms, std::string *error);
+
+// Move the quadratic objective sections (QUADOBJ, QMATRIX, QSECTION) of an
+// MPS text to the end, before ENDATA, when other sections follow them;
+// true when the text changed.
+bool move_mps_quadratic_last(std::string *text);
+
+// Does the MPS text give its quadratic objective as QMATRIX (all of Q)?
+bool has_qmatrix_section(const std::string &text);
+
+// Mark an MPS text as free format (the NAME line ends in FREE); true when
+// the text changed.
+bool mark_mps_free(std::string *text);
+
+// A temporary file holding `text` (in TMPDIR, else /tmp); removed when the
+// object goes.  path() is empty when it could not be written.
+class temp_model_file {
+ public:
+  explicit temp_model_file(const std::string &text);
+  ~temp_model_file();
+  temp_model_file(const temp_model_file &) = delete;
+  temp_model_file &operator=(const temp_model_file &) = delete;
+  const std::string &path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+#endif
