@@ -124,6 +124,18 @@ bool parse_quadratic(const std::string &body, double factor, std::vector<quadrat
   return true;
 }
 
+std::vector<std::string> split_lines(const std::string &text) {
+  std::vector<std::string> lines;
+  size_t p = 0;
+  while (p < text.size()) {
+    size_t e = text.find('\n', p);
+    if (e == std::string::npos) e = text.size();
+    lines.push_back(text.substr(p, e - p));
+    p = e + 1;
+  }
+  return lines;
+}
+
 bool is_section_line(const std::string &line) {
   return !line.empty() && !isspace(static_cast<unsigned char>(line[0])) && line[0] != '*';
 }
@@ -222,15 +234,31 @@ bool take_lp_quadratic(std::string *text, std::vector<quadratic_term> *terms, st
   return true;
 }
 
-bool move_mps_quadratic_last(std::string *text) {
-  std::vector<std::string> lines;
-  size_t p = 0;
-  while (p < text->size()) {
-    size_t e = text->find('\n', p);
-    if (e == std::string::npos) e = text->size();
-    lines.push_back(text->substr(p, e - p));
-    p = e + 1;
+bool take_mps_objsense(std::string *text, bool *maximise) {
+  *maximise = false;
+  std::string kept;
+  bool in_objsense = false, changed = false;
+  for (const std::string &line : split_lines(*text)) {
+    if (is_section_line(line)) {
+      in_objsense = first_word(line) == "OBJSENSE";
+      if (in_objsense) {
+        changed = true;
+        // "OBJSENSE MAX" on one line, as free MPS writes it.
+        if (upper(line).find("MAX", 8) != std::string::npos) *maximise = true;
+        continue;
+      }
+    } else if (in_objsense) {
+      if (upper(line).find("MAX") != std::string::npos) *maximise = true;
+      continue;
+    }
+    kept += line + "\n";
   }
+  if (changed) *text = kept;
+  return changed;
+}
+
+bool move_mps_quadratic_last(std::string *text) {
+  std::vector<std::string> lines = split_lines(*text);
   std::string moved, kept;
   bool in_quadratic = false, changed = false, seen_quadratic = false;
   for (const std::string &line : lines) {
@@ -254,13 +282,8 @@ bool move_mps_quadratic_last(std::string *text) {
 }
 
 bool has_qmatrix_section(const std::string &text) {
-  for (size_t p = 0; p < text.size();) {
-    size_t e = text.find('\n', p);
-    if (e == std::string::npos) e = text.size();
-    std::string line = text.substr(p, e - p);
+  for (const std::string &line : split_lines(text))
     if (is_section_line(line) && first_word(line) == "QMATRIX") return true;
-    p = e + 1;
-  }
   return false;
 }
 

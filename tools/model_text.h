@@ -26,6 +26,11 @@ struct quadratic_term {
 // when the part cannot be parsed, or quadratic rows are found.
 bool take_lp_quadratic(std::string *text, std::vector<quadratic_term> *terms, std::string *error);
 
+// Take the OBJSENSE section (or line) out of an MPS text, which the MPS
+// reader does not apply; *maximise tells whether it asked for MAX.  True
+// when the text changed.
+bool take_mps_objsense(std::string *text, bool *maximise);
+
 // Move the quadratic objective sections (QUADOBJ, QMATRIX, QSECTION) of an
 // MPS text to the end, before ENDATA, when other sections follow them;
 // true when the text changed.

@@ -50,7 +50,7 @@ class reader_log : public CoinMessageHandler {
 };
 
 // What a reader holds, in one form for both readers.  The objective of the
-// file is sign * (c'x - offset).
+// file is sign * c'x + constant.
 struct file_view {
   int ncols = 0, nrows = 0;
   double inf = 1e30;
@@ -61,7 +61,7 @@ struct file_view {
   std::vector<char> kind;   // 0 continuous, 1 integer, 2 semi-continuous, 3 semi-integer
   std::function<const char *(int)> colname, rowname;
   const char *objname = nullptr;
-  double offset = 0.0;
+  double constant = 0.0;
   double sign = 1.0;
   std::vector<const CoinSet *> sets;
 };
@@ -200,7 +200,7 @@ bool state_linear(MDLprob prob, const file_view &v, std::vector<MDLvar> *vars, M
 // The objective constant and the objective itself.
 bool finish_objective(MDLprob prob, const file_view &v, MDLctr objective, bool with_constant,
                       mps_model_info *info, std::string *error) {
-  info->objconst = v.sign * v.offset;
+  info->objconst = -v.constant;
   // A term without variable moves the constant to the other side: adding
   // r makes the objective c'x - r.
   if (with_constant && info->objconst != 0.0 &&
@@ -284,30 +284,9 @@ file_view mps_view(const CoinMpsIO &reader) {
   v.colname = [&reader](int j) { return reader.columnName(j); };
   v.rowname = [&reader](int i) { return reader.rowName(i); };
   v.objname = reader.getObjectiveName();
-  v.offset = reader.objectiveOffset();
+  // The objective row's RHS entry r makes the objective c'x - r.
+  v.constant = -reader.objectiveOffset();
   return v;
-}
-
-// Does the MPS text ask for maximisation (OBJSENSE MAX, on the same line
-// or the next)?  The MPS reader skips that section, so it is looked up here.
-bool mps_says_maximise(const std::string &text) {
-  bool in_objsense = false;
-  size_t p = 0;
-  while (p < text.size()) {
-    size_t e = text.find('\n', p);
-    if (e == std::string::npos) e = text.size();
-    std::string s = text.substr(p, e - p);
-    p = e + 1;
-    for (char &ch : s) ch = static_cast<char>(toupper(static_cast<unsigned char>(ch)));
-    if (s.rfind("ROWS", 0) == 0 || s.rfind("COLUMNS", 0) == 0) return false;
-    if (s.rfind("OBJSENSE", 0) == 0) {
-      in_objsense = true;
-      s = s.substr(8);
-    }
-    if (in_objsense && s.find_first_not_of(" \t\r") != std::string::npos)
-      return s.find("MAX") != std::string::npos;
-  }
-  return false;
 }
 
 // How far reading and stating a file came.
@@ -349,9 +328,10 @@ bool build_from_any_mps(MDLprob prob, const char *file, mps_model_info *info,
     *error = std::string("cannot read ") + file;
     return false;
   }
-  info->maximise = mps_says_maximise(text);
+  bool changed = take_mps_objsense(&text, &info->maximise);
+  changed = move_mps_quadratic_last(&text) || changed;
   std::unique_ptr<temp_model_file> copy;
-  if (move_mps_quadratic_last(&text)) copy = std::make_unique<temp_model_file>(text);
+  if (changed) copy = std::make_unique<temp_model_file>(text);
   if (copy != nullptr && copy->path().empty()) {
     *error = "cannot write a temporary copy of the model";
     return false;
@@ -451,8 +431,9 @@ bool build_from_lp(MDLprob prob, const char *file, mps_model_info *info, std::st
   v.colname = [&reader](int j) { return reader.columnName(j); };
   v.rowname = [&reader](int i) { return reader.rowName(i); };
   v.objname = reader.getObjName();
-  v.offset = reader.objectiveOffset();
-  // The reader minimises -objective for a maximisation: turn it back.
+  // The LP reader keeps the constant as written, also when it negates the
+  // coefficients of a maximisation (turned back here).
+  v.constant = reader.objectiveOffset();
   info->maximise = log.negated_max;
   v.sign = log.negated_max ? -1.0 : 1.0;
   for (int s = 0; s < reader.numberSets(); ++s) v.sets.push_back(reader.setInformation()[s]);
