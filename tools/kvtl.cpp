@@ -138,70 +138,15 @@ void print_solution(const std::vector<MDLvar> &vars) {
   }
 }
 
-// Read, state, solve and report; the exit code.
-int run(const cli_options &opt) {
-  mdlseterrctrl(0);
-  MDLprob prob = mdlnewprob(nullptr);
-  if (prob == nullptr) {
-    fprintf(stderr, "%s: the library could not start\n", program);
-    return EXIT_FAILURE_RUN;
-  }
-  // Objective values of the search log become the model's once the sense
-  // and the constant are known; the callback is there from the start so
-  // that nothing is printed behind it.
-  search_progress progress(stdout, opt.log_level, opt.progress_every, 1.0, 0.0);
-  progress.attach(prob);
-  auto t0 = std::chrono::steady_clock::now();
-  mps_model_info info;
-  std::string error;
-  if (!build_from_file(prob, opt.file.c_str(), &info, &error)) {
-    fprintf(stderr, "%s: %s\n", program, error.c_str());
-    mdldelprob_prob(prob);
-    return EXIT_READ;
-  }
-  const double read_time = seconds_since(t0);
-  const bool maximise = opt.sense != 0 ? opt.sense < 0 : info.maximise;
-  const bool has_entities = info.nintegers + info.nsemicont + info.nsets > 0;
-  const bool mip = has_entities && !opt.relax;
-  int exit_code = EXIT_SOLVED;
-  if (mdlsetsense_prob(prob, maximise ? 1 : 0) != 0 || !apply_controls(prob, opt)) {
-    mdldelprob_prob(prob);
-    return EXIT_FAILURE_RUN;
-  }
-  if (opt.log_level >= 1)
-    printf("model      %s: %d columns (%d integer, %d semi-continuous), %d rows, %d sets%s\n",
-           opt.file.c_str(), info.ncols, info.nintegers, info.nsemicont, info.nrows, info.nsets,
-           info.nquadratic > 0 ? ", quadratic objective" : "");
-  if (info.nsetsdropped > 0)
-    fprintf(stderr, "%s: %d special ordered sets have no member with a nonzero weight\n", program,
-            info.nsetsdropped);
-  if (!opt.write_model.empty() && !write_model(prob, opt.write_model)) {
-    mdldelprob_prob(prob);
-    return EXIT_FAILURE_RUN;
-  }
-  if (opt.log_level >= 1)
-    printf("solving    %s, %s\n", mip ? "MIP" : info.nquadratic > 0 ? "QP" : "LP",
-           maximise ? "maximise" : "minimise");
-  fflush(stdout);
-
-  // The backend minimises sense * c'x without the constant.
-  progress.set_scale(maximise ? -1.0 : 1.0, -info.objconst);
-  progress.start();
-  auto t1 = std::chrono::steady_clock::now();
-  const char *flags = mip ? "g" : "";
-  int rc = maximise ? mdlmaxim_prob(prob, flags) : mdlminim_prob(prob, flags);
-  const double solve_time = seconds_since(t1);
-  if (rc != 0) {
-    fprintf(stderr, "%s: the optimisation failed\n", program);
-    mdldelprob_prob(prob);
-    return EXIT_FAILURE_RUN;
-  }
+// The result lines, the solution and the subsystems of an infeasible
+// model; the exit code.
+int report(MDLprob prob, const cli_options &opt, const mps_model_info &info, bool mip,
+           double read_time, double solve_time) {
   MDLkvslprob kp = mdlgetkvslprob_prob(prob);
   const int lpstat = mdlgetlpstat_prob(prob);
   outcome out = mip ? mip_outcome(mdlgetmipstat_prob(prob), lpstat) : lp_outcome(lpstat);
   const bool have_solution = (mdlgetprobstat_prob(prob) & 8) != 0;
-  exit_code = out.exit_code;
-
+  int exit_code = out.exit_code;
   printf("status     %s\n", out.status);
   if (have_solution) printf("objective  %.12g\n", mdlgetobjval_prob(prob));
   printf("time       read %.3f s, solve %.3f s\n", read_time, solve_time);
@@ -221,10 +166,70 @@ int run(const cli_options &opt) {
   if (!opt.solution.empty()) {
     if (!have_solution) {
       fprintf(stderr, "%s: no solution to write to %s\n", program, opt.solution.c_str());
-      exit_code = exit_code == EXIT_SOLVED ? EXIT_FAILURE_RUN : exit_code;
+      if (exit_code == EXIT_SOLVED) exit_code = EXIT_FAILURE_RUN;
     } else if (!write_solution(prob, opt.solution)) {
       exit_code = EXIT_FAILURE_RUN;
     }
+  }
+  return exit_code;
+}
+
+// Solve the stated model as the options say and report; the exit code.
+int solve(MDLprob prob, const cli_options &opt, const mps_model_info &info,
+          search_progress &progress, double read_time) {
+  const bool maximise = opt.sense != 0 ? opt.sense < 0 : info.maximise;
+  const bool has_entities = info.nintegers + info.nsemicont + info.nsets > 0;
+  const bool mip = has_entities && !opt.relax;
+  if (mdlsetsense_prob(prob, maximise ? 1 : 0) != 0 || !apply_controls(prob, opt))
+    return EXIT_FAILURE_RUN;
+  if (opt.log_level >= 1)
+    printf("model      %s: %d columns (%d integer, %d semi-continuous), %d rows, %d sets%s\n",
+           opt.file.c_str(), info.ncols, info.nintegers, info.nsemicont, info.nrows, info.nsets,
+           info.nquadratic > 0 ? ", quadratic objective" : "");
+  if (info.nsetsdropped > 0)
+    fprintf(stderr, "%s: %d special ordered sets have no member with a nonzero weight\n", program,
+            info.nsetsdropped);
+  if (!opt.write_model.empty() && !write_model(prob, opt.write_model)) return EXIT_FAILURE_RUN;
+  if (opt.log_level >= 1)
+    printf("solving    %s, %s\n", mip ? "MIP" : info.nquadratic > 0 ? "QP" : "LP",
+           maximise ? "maximise" : "minimise");
+  fflush(stdout);
+
+  // The backend minimises sense * c'x without the constant.
+  progress.set_scale(maximise ? -1.0 : 1.0, -info.objconst);
+  progress.start();
+  auto t0 = std::chrono::steady_clock::now();
+  const char *flags = mip ? "g" : "";
+  int rc = maximise ? mdlmaxim_prob(prob, flags) : mdlminim_prob(prob, flags);
+  const double solve_time = seconds_since(t0);
+  if (rc != 0) {
+    fprintf(stderr, "%s: the optimisation failed\n", program);
+    return EXIT_FAILURE_RUN;
+  }
+  return report(prob, opt, info, mip, read_time, solve_time);
+}
+
+// Read, state, solve and report; the exit code.
+int run(const cli_options &opt) {
+  mdlseterrctrl(0);
+  MDLprob prob = mdlnewprob(nullptr);
+  if (prob == nullptr) {
+    fprintf(stderr, "%s: the library could not start\n", program);
+    return EXIT_FAILURE_RUN;
+  }
+  // The callback is there from the start, so that nothing of the library
+  // or the engine is printed behind it.
+  search_progress progress(stdout, opt.log_level, opt.progress_every, 1.0, 0.0);
+  progress.attach(prob);
+  auto t0 = std::chrono::steady_clock::now();
+  mps_model_info info;
+  std::string error;
+  int exit_code;
+  if (!build_from_file(prob, opt.file.c_str(), &info, &error)) {
+    fprintf(stderr, "%s: %s\n", program, error.c_str());
+    exit_code = EXIT_READ;
+  } else {
+    exit_code = solve(prob, opt, info, progress, seconds_since(t0));
   }
   mdldelprob_prob(prob);
   return exit_code;
