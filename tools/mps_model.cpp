@@ -266,7 +266,9 @@ bool open_mps(CoinMpsIO &reader, reader_log &log, const char *file, std::string 
   return true;
 }
 
-file_view mps_view(const CoinMpsIO &reader) {
+// What both readers answer alike: sizes, bounds, rows, matrix and names.
+template <class Reader>
+file_view common_view(const Reader &reader) {
   file_view v;
   v.ncols = reader.getNumCols();
   v.nrows = reader.getNumRows();
@@ -279,10 +281,15 @@ file_view mps_view(const CoinMpsIO &reader) {
   v.rup = reader.getRowUpper();
   v.matrix = reader.getMatrixByCol();
   v.kind.resize(static_cast<size_t>(v.ncols));
-  for (int j = 0; j < v.ncols; ++j)
-    v.kind[static_cast<size_t>(j)] = static_cast<char>(reader.isIntegerOrSemiContinuous(j));
   v.colname = [&reader](int j) { return reader.columnName(j); };
   v.rowname = [&reader](int i) { return reader.rowName(i); };
+  return v;
+}
+
+file_view mps_view(const CoinMpsIO &reader) {
+  file_view v = common_view(reader);
+  for (int j = 0; j < v.ncols; ++j)
+    v.kind[static_cast<size_t>(j)] = static_cast<char>(reader.isIntegerOrSemiContinuous(j));
   v.objname = reader.getObjectiveName();
   // The objective row's RHS entry r makes the objective c'x - r.
   v.constant = -reader.objectiveOffset();
@@ -409,18 +416,7 @@ bool build_from_lp(MDLprob prob, const char *file, mps_model_info *info, std::st
     *error = std::string("cannot read ") + file + ": " + log.problems;
     return false;
   }
-  file_view v;
-  v.ncols = reader.getNumCols();
-  v.nrows = reader.getNumRows();
-  v.inf = reader.getInfinity();
-  v.lb = reader.getColLower();
-  v.ub = reader.getColUpper();
-  v.obj = reader.getObjCoefficients();
-  v.sense = reader.getRowSense();
-  v.rlo = reader.getRowLower();
-  v.rup = reader.getRowUpper();
-  v.matrix = reader.getMatrixByCol();
-  v.kind.resize(static_cast<size_t>(v.ncols));
+  file_view v = common_view(reader);
   const char *types = reader.integerColumns();
   // The LP reader marks integers 1, semi-continuous columns 3 and
   // semi-continuous integers 4.
@@ -428,8 +424,6 @@ bool build_from_lp(MDLprob prob, const char *file, mps_model_info *info, std::st
     char t = types != nullptr ? types[j] : 0;
     v.kind[static_cast<size_t>(j)] = t == 1 ? 1 : t == 3 ? 2 : t == 4 ? 3 : 0;
   }
-  v.colname = [&reader](int j) { return reader.columnName(j); };
-  v.rowname = [&reader](int i) { return reader.rowName(i); };
   v.objname = reader.getObjName();
   // The LP reader keeps the constant as written, also when it negates the
   // coefficients of a maximisation (turned back here).
