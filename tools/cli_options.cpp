@@ -11,6 +11,7 @@
 
 namespace {
 
+// Does `s` end in `tail`?
 bool ends_with(const std::string &s, const char *tail) {
   size_t n = strlen(tail);
   return s.size() >= n && s.compare(s.size() - n, n, tail) == 0;
@@ -26,6 +27,7 @@ bool parse_number(const char *text, double low, double *out) {
   return true;
 }
 
+// A whole number that is all of `text`, within [low, high].
 bool parse_count(const char *text, long low, long high, long *out) {
   errno = 0;
   char *end = nullptr;

@@ -22,10 +22,12 @@ namespace {
 
 const char *const program = "kvtl";
 
+// Wall-clock seconds since t0.
 double seconds_since(std::chrono::steady_clock::time_point t0) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
 }
 
+// Does `s` end in `tail`?
 bool ends_with(const std::string &s, const char *tail) {
   size_t n = strlen(tail);
   return s.size() >= n && s.compare(s.size() - n, n, tail) == 0;
@@ -100,6 +102,7 @@ struct outcome {
   bool infeasible;
 };
 
+// The outcome of an LP or QP by its LP status.
 outcome lp_outcome(int lpstat) {
   switch (lpstat) {
     case KVSL_LP_OPTIMAL: return {"optimal", EXIT_SOLVED, false};
@@ -112,6 +115,7 @@ outcome lp_outcome(int lpstat) {
   }
 }
 
+// The outcome of a MIP search by its MIP status (and the relaxation's).
 outcome mip_outcome(int mipstat, int lpstat) {
   switch (mipstat) {
     case KVSL_MIP_OPTIMAL: return {"optimal", EXIT_SOLVED, false};

@@ -18,6 +18,7 @@
 
 namespace {
 
+// `s` in capitals.
 std::string upper(std::string s) {
   for (char &ch : s) ch = static_cast<char>(toupper(static_cast<unsigned char>(ch)));
   return s;
@@ -124,6 +125,7 @@ bool parse_quadratic(const std::string &body, double factor, std::vector<quadrat
   return true;
 }
 
+// The lines of `text`, without their newlines.
 std::vector<std::string> split_lines(const std::string &text) {
   std::vector<std::string> lines;
   size_t p = 0;
@@ -136,10 +138,12 @@ std::vector<std::string> split_lines(const std::string &text) {
   return lines;
 }
 
+// An MPS section header starts in the first column; '*' starts a comment.
 bool is_section_line(const std::string &line) {
   return !line.empty() && !isspace(static_cast<unsigned char>(line[0])) && line[0] != '*';
 }
 
+// The first word of a line, in capitals.
 std::string first_word(const std::string &line) {
   size_t e = line.find_first_of(" \t\r");
   return upper(line.substr(0, e));

@@ -286,6 +286,7 @@ file_view common_view(const Reader &reader) {
   return v;
 }
 
+// The view of an MPS reader: its integer and semi-continuous columns.
 file_view mps_view(const CoinMpsIO &reader) {
   file_view v = common_view(reader);
   for (int j = 0; j < v.ncols; ++j)
@@ -438,6 +439,7 @@ bool build_from_lp(MDLprob prob, const char *file, mps_model_info *info, std::st
          finish_objective(prob, v, objective, true, info, error);
 }
 
+// Does `s` end in `tail`?
 bool ends_with(const std::string &s, const std::string &tail) {
   return s.size() >= tail.size() && s.compare(s.size() - tail.size(), tail.size(), tail) == 0;
 }

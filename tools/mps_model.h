@@ -30,9 +30,9 @@ struct mps_model_info {
 bool build_from_mps(MDLprob prob, const char *file, bool with_constant, mps_model_info *info,
                     std::string *error);
 
-// As build_from_mps for a file with a quadratic objective section (QUADOBJ,
-// one triangle of Q, or QMATRIX, all of Q; objective c'x + 1/2 x'Qx); a
-// file without one gives the linear model.
+// As build_from_mps for a file with a quadratic objective section (QUADOBJ:
+// each pair of Q once; objective c'x + 1/2 x'Qx); a file without one gives
+// the linear model.
 bool build_from_qps(MDLprob prob, const char *file, bool with_constant, mps_model_info *info,
                     std::string *error);
 
