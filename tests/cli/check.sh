@@ -19,6 +19,8 @@
 #   solution FILE
 #       write the solution in all four formats and check them against the
 #       printed objective and nonzero values
+#   quiet FILE
+#       -q prints the result lines and nothing before them
 #   help OPTION...
 #       --help exits with 0 and documents every OPTION and the exit codes
 #   progress FILE [OPTIONS...]
@@ -150,6 +152,11 @@ solution)
   run "$file" -q --solution "$work/s.sol" >/dev/null
   [ "$rc" -eq 0 ] || fail "exit code $rc writing .sol"
   [ "$(head -c 8 "$work/s.sol")" = KVSLSOL1 ] || fail ".sol does not start with its magic"
+  ;;
+quiet)
+  run -q "$1" >/dev/null
+  [ "$rc" -eq 0 ] || fail "exit code $rc"
+  [ "$(head -n 1 "$work/out" | awk '{ print $1 }')" = status ] || fail "output before the status line"
   ;;
 help)
   run --help
