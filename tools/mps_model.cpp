@@ -281,16 +281,21 @@ file_view common_view(const Reader &reader) {
   v.rup = reader.getRowUpper();
   v.matrix = reader.getMatrixByCol();
   v.kind.resize(static_cast<size_t>(v.ncols));
+  // Both readers mark integers 1, semi-continuous columns 3 and
+  // semi-continuous integers 4 (2 is taken as semi-continuous too).
+  const char *types = reader.integerColumns();
+  for (int j = 0; j < v.ncols; ++j) {
+    char t = types != nullptr ? types[j] : 0;
+    v.kind[static_cast<size_t>(j)] = t == 1 ? 1 : (t == 2 || t == 3) ? 2 : t == 4 ? 3 : 0;
+  }
   v.colname = [&reader](int j) { return reader.columnName(j); };
   v.rowname = [&reader](int i) { return reader.rowName(i); };
   return v;
 }
 
-// The view of an MPS reader: its integer and semi-continuous columns.
+// The view of an MPS reader.
 file_view mps_view(const CoinMpsIO &reader) {
   file_view v = common_view(reader);
-  for (int j = 0; j < v.ncols; ++j)
-    v.kind[static_cast<size_t>(j)] = static_cast<char>(reader.isIntegerOrSemiContinuous(j));
   v.objname = reader.getObjectiveName();
   // The objective row's RHS entry r makes the objective c'x - r.
   v.constant = -reader.objectiveOffset();
@@ -418,13 +423,6 @@ bool build_from_lp(MDLprob prob, const char *file, mps_model_info *info, std::st
     return false;
   }
   file_view v = common_view(reader);
-  const char *types = reader.integerColumns();
-  // The LP reader marks integers 1, semi-continuous columns 3 and
-  // semi-continuous integers 4.
-  for (int j = 0; j < v.ncols; ++j) {
-    char t = types != nullptr ? types[j] : 0;
-    v.kind[static_cast<size_t>(j)] = t == 1 ? 1 : t == 3 ? 2 : t == 4 ? 3 : 0;
-  }
   v.objname = reader.getObjName();
   // The LP reader keeps the constant as written, also when it negates the
   // coefficients of a maximisation (turned back here).
