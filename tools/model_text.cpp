@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <cctype>
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <set>
@@ -261,27 +262,67 @@ bool take_mps_objsense(std::string *text, bool *maximise) {
   return changed;
 }
 
-bool move_mps_quadratic_last(std::string *text) {
-  std::vector<std::string> lines = split_lines(*text);
-  std::string moved, kept;
-  bool in_quadratic = false, changed = false, seen_quadratic = false;
-  for (const std::string &line : lines) {
+bool move_mps_sections_last(std::string *text) {
+  std::string kept, sets, quadratic;
+  std::string *into = &kept;
+  bool changed = false, seen_moved = false;
+  for (const std::string &line : split_lines(*text)) {
     if (is_section_line(line)) {
       std::string w = first_word(line);
       if (w == "ENDATA") {
-        kept += moved;
-        moved.clear();
-        in_quadratic = false;
+        kept += sets + quadratic;
+        sets.clear();
+        quadratic.clear();
+        into = &kept;
+      } else if (w == "SOS") {
+        into = &sets;
+        seen_moved = true;
+      } else if (w == "QUADOBJ" || w == "QMATRIX" || w == "QSECTION") {
+        into = &quadratic;
+        seen_moved = true;
       } else {
-        in_quadratic = w == "QUADOBJ" || w == "QMATRIX" || w == "QSECTION";
-        if (in_quadratic) seen_quadratic = true;
-        else if (seen_quadratic) changed = true;
+        into = &kept;
+        if (seen_moved) changed = true;
       }
     }
-    (in_quadratic ? moved : kept) += line + "\n";
+    *into += line + "\n";
   }
-  kept += moved;
+  kept += sets + quadratic;
   if (changed) *text = kept;
+  return changed;
+}
+
+bool sets_to_sos_section(std::string *text) {
+  std::string out;
+  bool in_sets = false, changed = false;
+  for (const std::string &line : split_lines(*text)) {
+    if (is_section_line(line)) {
+      in_sets = first_word(line) == "SETS";
+      if (in_sets) {
+        out += "SOS\n";
+        changed = true;
+        continue;
+      }
+    } else if (in_sets) {
+      char a[256], b[256], c[256];
+      int n = sscanf(line.c_str(), "%255s %255s %255s", a, b, c);
+      std::string type = upper(a);
+      if (n == 2 && (type == "S1" || type == "S2")) {
+        // A set: type, a placeholder, its name and a priority.
+        out += " " + type + " SOS       " + b + " 1\n";
+        continue;
+      }
+      if (n == 3) {
+        // A member: its column and weight (the set is the one above).
+        std::string column = b;
+        column.resize(std::max<size_t>(column.size(), 10), ' ');
+        out += "    " + column + c + "\n";
+        continue;
+      }
+    }
+    out += line + "\n";
+  }
+  if (changed) *text = out;
   return changed;
 }
 

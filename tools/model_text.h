@@ -31,10 +31,16 @@ bool take_lp_quadratic(std::string *text, std::vector<quadratic_term> *terms, st
 // when the text changed.
 bool take_mps_objsense(std::string *text, bool *maximise);
 
-// Move the quadratic objective sections (QUADOBJ, QMATRIX, QSECTION) of an
-// MPS text to the end, before ENDATA, when other sections follow them;
-// true when the text changed.
-bool move_mps_quadratic_last(std::string *text);
+// Move the SOS section and then the quadratic objective sections (QUADOBJ,
+// QMATRIX, QSECTION) of an MPS text to the end, before ENDATA, when other
+// sections follow them (the reader stops at them); true when the text
+// changed.
+bool move_mps_sections_last(std::string *text);
+
+// Rewrite a SETS section (" S1 name" headers, then "name column weight"
+// lines, as the library's MPS writer makes them) into the SOS section the
+// MPS reader takes; true when the text changed.
+bool sets_to_sos_section(std::string *text);
 
 // Does the MPS text give its quadratic objective as QMATRIX (all of Q)?
 bool has_qmatrix_section(const std::string &text);

@@ -331,9 +331,10 @@ bool build_from_mps_reader(MDLprob prob, const char *file, bool with_constant, b
          stated::done;
 }
 
-// Any MPS file: its quadratic sections moved behind the others when they
-// stand before them (the reader stops at them), and read once more as
-// free MPS when the first reading fails.
+// Any MPS file: its OBJSENSE applied here, a SETS section made an SOS
+// section, the sets and quadratic sections moved behind the others when
+// they stand before them, and read once more as free MPS when the first
+// reading fails.
 bool build_from_any_mps(MDLprob prob, const char *file, mps_model_info *info,
                         std::string *error) {
   std::string text;
@@ -342,7 +343,8 @@ bool build_from_any_mps(MDLprob prob, const char *file, mps_model_info *info,
     return false;
   }
   bool changed = take_mps_objsense(&text, &info->maximise);
-  changed = move_mps_quadratic_last(&text) || changed;
+  changed = sets_to_sos_section(&text) || changed;
+  changed = move_mps_sections_last(&text) || changed;
   std::unique_ptr<temp_model_file> copy;
   if (changed) copy = std::make_unique<temp_model_file>(text);
   if (copy != nullptr && copy->path().empty()) {
