@@ -239,6 +239,109 @@ bool take_lp_quadratic(std::string *text, std::vector<quadratic_term> *terms, st
   return true;
 }
 
+namespace {
+
+// The line without white space at either end.
+std::string trimmed(const std::string &line) {
+  size_t a = line.find_first_not_of(" \t\r");
+  if (a == std::string::npos) return "";
+  size_t b = line.find_last_not_of(" \t\r");
+  return line.substr(a, b - a + 1);
+}
+
+// Turn the written set rows into "name: S1:: x:1 y:2" lines of an SOS
+// section; words of the rows one after another.
+std::string sos_section(const std::vector<std::string> &words) {
+  std::string out, current;
+  double sign = 1.0, weight = 1.0;
+  bool have_weight = false, after_equals = false;
+  for (const std::string &w : words) {
+    if (after_equals) {
+      out += " " + current.substr(0, current.find(' ')) + " " + w + "::" +
+             current.substr(current.find(' ')) + "\n";
+      current.clear();
+      after_equals = false;
+    } else if (current.empty()) {
+      current = w + " ";   // the name with its ':'
+      sign = 1.0;
+      have_weight = false;
+    } else if (w == "=") {
+      after_equals = true;
+    } else if (w == "+" || w == "-") {
+      sign = w == "-" ? -1.0 : 1.0;
+    } else {
+      char *end = nullptr;
+      double v = strtod(w.c_str(), &end);
+      if (*end == '\0' && end != w.c_str()) {
+        weight = v;
+        have_weight = true;
+        continue;
+      }
+      char buf[64];
+      snprintf(buf, sizeof buf, "%.17g", sign * (have_weight ? weight : 1.0));
+      current += " " + w + ":" + buf;
+      sign = 1.0;
+      have_weight = false;
+    }
+  }
+  return out.empty() ? out : "SOS\n" + out;
+}
+
+}  // namespace
+
+bool library_lp_sections(std::string *text) {
+  std::vector<std::string> lines = split_lines(*text);
+  // First the parts to rewrite: which lines they hold and what they say.
+  std::vector<std::string> set_words, semis, generals, bounds;
+  std::vector<char> drop(lines.size(), 0);
+  enum { other, sets, semi, semi_int } where = other;
+  for (size_t k = 0; k < lines.size(); ++k) {
+    std::string t = trimmed(lines[k]), u = upper(t);
+    if (t == "\\Special Ordered Sets" || u == "SEMI CONTINUOUS" || u == "SEMI INTEGERS") {
+      where = t[0] == '\\' ? sets : u == "SEMI CONTINUOUS" ? semi : semi_int;
+      drop[k] = 1;
+      continue;
+    }
+    // Set rows end at the bounds (or any later section); limit lists at
+    // the first line that is not "name > limit".
+    if (where == sets && (u == "BOUNDS" || u == "END")) where = other;
+    if (where != sets && t.find('>') == std::string::npos) where = other;
+    if (where == other) continue;
+    drop[k] = 1;
+    char word[256], limit[256];
+    if (where == sets) {
+      for (const char *p = t.c_str(); sscanf(p, "%255s", word) == 1;) {
+        set_words.push_back(word);
+        p = strstr(p, word) + strlen(word);
+      }
+    } else if (sscanf(t.c_str(), "%255s > %255s", word, limit) == 2) {
+      semis.push_back(word);
+      if (where == semi_int) generals.push_back(word);
+      bounds.push_back(std::string(word) + " >= " + limit);
+    }
+  }
+  if (set_words.empty() && semis.empty()) return false;
+  // Then the text again: the limits as lower bounds, the lists and the
+  // sets in the reader's sections before the end.
+  std::string out;
+  for (size_t k = 0; k < lines.size(); ++k) {
+    if (drop[k] != 0) continue;
+    std::string u = upper(trimmed(lines[k]));
+    if (u == "END") {
+      if (!generals.empty()) out += "Generals\n";
+      for (const std::string &n : generals) out += " " + n + "\n";
+      if (!semis.empty()) out += "Semis\n";
+      for (const std::string &n : semis) out += " " + n + "\n";
+      out += sos_section(set_words);
+    }
+    out += lines[k] + "\n";
+    if (u == "BOUNDS")
+      for (const std::string &b : bounds) out += " " + b + "\n";
+  }
+  *text = out;
+  return true;
+}
+
 bool take_mps_objsense(std::string *text, bool *maximise) {
   *maximise = false;
   std::string kept;

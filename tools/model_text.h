@@ -31,6 +31,13 @@ bool take_lp_quadratic(std::string *text, std::vector<quadratic_term> *terms, st
 // when the text changed.
 bool take_mps_objsense(std::string *text, bool *maximise);
 
+// Rewrite what the library's LP writer makes and the LP reader does not
+// take: sets written as rows "name: x + 2 y = S1" after the comment
+// "\Special Ordered Sets" become an SOS section, and the "Semi Continuous"
+// and "Semi Integers" sections ("name > limit" lines) become Semis (with
+// Generals) and a lower bound at the limit.  True when the text changed.
+bool library_lp_sections(std::string *text);
+
 // Move the SOS section and then the quadratic objective sections (QUADOBJ,
 // QMATRIX, QSECTION) of an MPS text to the end, before ENDATA, when other
 // sections follow them (the reader stops at them); true when the text

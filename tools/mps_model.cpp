@@ -401,6 +401,7 @@ bool build_from_lp(MDLprob prob, const char *file, mps_model_info *info, std::st
     *error = std::string("cannot read ") + file;
     return false;
   }
+  library_lp_sections(&text);
   if (!take_lp_quadratic(&text, &quadratic, error)) {
     *error = std::string("cannot read ") + file + ": " + *error;
     return false;
