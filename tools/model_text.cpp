@@ -166,6 +166,18 @@ bool read_model_text(const char *file, std::string *text) {
   return n == 0;
 }
 
+bool lp_starts_with_sense(const std::string &text) {
+  std::string clean = without_lp_comments(text);
+  size_t a = clean.find_first_not_of(" \t\r\n");
+  if (a == std::string::npos) return false;
+  size_t b = clean.find_first_of(" \t\r\n", a);
+  std::string word = upper(clean.substr(a, b == std::string::npos ? std::string::npos : b - a));
+  for (const char *sense : {"MIN", "MINIMIZE", "MINIMISE", "MINIMUM", "MAX", "MAXIMIZE",
+                            "MAXIMISE", "MAXIMUM"})
+    if (word == sense) return true;
+  return false;
+}
+
 bool take_lp_quadratic(std::string *text, std::vector<quadratic_term> *terms, std::string *error) {
   std::string clean = without_lp_comments(*text);
   size_t open = clean.find('[');

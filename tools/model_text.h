@@ -18,6 +18,11 @@ struct quadratic_term {
   double coef;
 };
 
+// Does the LP text begin (after comments) with the objective sense
+// (Minimize, Maximize and their short and British forms)?  The LP reader
+// reads past the end of its buffers on a text without one.
+bool lp_starts_with_sense(const std::string &text);
+
 // Take the quadratic part "[ ... ]" (optionally followed by "/ 2") out of
 // the objective of an LP-format text, into *terms with their coefficients
 // as they count in the objective (the halving and the sign in front

@@ -401,6 +401,10 @@ bool build_from_lp(MDLprob prob, const char *file, mps_model_info *info, std::st
     *error = std::string("cannot read ") + file;
     return false;
   }
+  if (!lp_starts_with_sense(text)) {
+    *error = std::string("cannot read ") + file + ": an LP file starts with Minimize or Maximize";
+    return false;
+  }
   library_lp_sections(&text);
   if (!take_lp_quadratic(&text, &quadratic, error)) {
     *error = std::string("cannot read ") + file + ": " + *error;
@@ -418,7 +422,9 @@ bool build_from_lp(MDLprob prob, const char *file, mps_model_info *info, std::st
   try {
     reader.readLp(in);
   } catch (CoinError &e) {
-    *error = std::string("cannot read ") + file + ": " + e.message();
+    std::string why = e.message();
+    while (!why.empty() && isspace(static_cast<unsigned char>(why.back()))) why.pop_back();
+    *error = std::string("cannot read ") + file + ": " + why;
     return false;
   }
   if (reader.getNumCols() == 0 && !log.problems.empty()) {
