@@ -2,11 +2,12 @@
  * progress.cpp -- progress lines of a MIP search, taken from the engine's
  * search log as it arrives through the library's message callback.
  *
- * The engine has no periodic callback of its own; its search log (level 1)
- * carries a line for every integer solution found ("Integer solution of V
- * ...  and N nodes") and node reports ("After N nodes, M on tree, V best
- * solution, best possible B").  Progress lines are made from those: one per
- * improvement and one at most every few seconds when node reports arrive.
+ * The engine has no periodic callback of its own; its search log carries a
+ * line for every integer solution found ("Integer solution of V ... and N
+ * nodes") and, at search log level 2, a report of every node ("After N
+ * nodes, M on tree, V best solution, best possible B").  Progress lines are
+ * made from those: one per improvement and one at most every few seconds
+ * as node reports arrive (none while a single node takes longer).
  */
 #include "progress.h"
 
