@@ -761,8 +761,12 @@ inline linear_expr operator*(linear_expr a, double f) { return a *= f; }
 inline linear_expr operator/(linear_expr a, double f) { return a /= f; }
 /// The product of two linear expressions.
 inline quad_expr operator*(const linear_expr &a, const linear_expr &b) {
-  linear_expr lin = b.constant() * a;
-  for (const linear_term &t : b.terms()) lin.add_term(t.var, t.coef * a.constant());
+  // Terms times a zero constant are left out rather than kept as zeros.
+  linear_expr lin(a.constant() * b.constant());
+  if (b.constant() != 0)
+    for (const linear_term &t : a.terms()) lin.add_term(t.var, t.coef * b.constant());
+  if (a.constant() != 0)
+    for (const linear_term &t : b.terms()) lin.add_term(t.var, t.coef * a.constant());
   quad_expr q(std::move(lin));
   for (const linear_term &s : a.terms())
     for (const linear_term &t : b.terms()) q.add_term(s.var, t.var, s.coef * t.coef);
