@@ -138,16 +138,13 @@ class problem;
 /// Implementation details: not part of the interface.
 namespace detail {
 
-// What the library reported while one wrapped call ran: its first error,
-// its first warning and an exception thrown by application code called back
+// What the library reported while one wrapped call ran: its first error
+// and an exception thrown by application code called back
 // from inside the call.
 struct call_state {
   bool has_error = false;
   int error_number = 0;
   std::string error_text;
-  bool has_warning = false;
-  int warning_number = 0;
-  std::string warning_text;
   std::exception_ptr exception;
 };
 
@@ -178,16 +175,14 @@ class call_frame {
   call_frame(const call_frame &) = delete;
   call_frame &operator=(const call_frame &) = delete;
   // Throw what the call left: an application exception first, then the
-  // library's error, then (when the result says it failed) its warning or a
-  // plain failure of `fn`.
+  // library's error, then (when the result says it failed without an
+  // error) a plain failure of `fn`.  Warnings never decide: a call may warn
+  // about one thing and fail for another.
   void raise(const char *fn, bool failed) {
     current_call() = saved_;
     if (state_.exception) std::rethrow_exception(state_.exception);
     if (state_.has_error) throw error(state_.error_number, state_.error_text);
-    if (failed) {
-      if (state_.has_warning) throw error(state_.warning_number, state_.warning_text);
-      throw error(0, std::string(fn) + " failed");
-    }
+    if (failed) throw error(0, std::string(fn) + " failed");
   }
 
  private:
@@ -240,11 +235,6 @@ inline void error_trampoline(MDLprob, void *user, int number, int iserror,
       s->error_text = t;
     }
     return;
-  }
-  if (s != nullptr && !s->has_warning) {
-    s->has_warning = true;
-    s->warning_number = number;
-    s->warning_text = t;
   }
   auto *ps = static_cast<problem_state *>(user);
   if (ps != nullptr && ps->on_warning) {
@@ -1132,18 +1122,13 @@ class problem {
   }
 
   /// Write the model as an LP file (".lp" appended when @p file has no
-  /// extension).  Throws kvtl::error.
-  void export_lp(const std::string &file) {
-    MDLprob p = get();
-    detail::checked("mdlexportprob", [&] { return mdlexportprob_prob(p, MDL_FILE_LP, file.c_str()); },
-                    detail::nonzero);
-  }
-  /// Write the model as a fixed-column MPS file.  Throws kvtl::error.
-  void export_mps(const std::string &file) {
-    MDLprob p = get();
-    detail::checked("mdlexportprob", [&] { return mdlexportprob_prob(p, MDL_FILE_MPS, file.c_str()); },
-                    detail::nonzero);
-  }
+  /// extension).  Throws kvtl::error (number 0 when the file cannot be
+  /// written).
+  void export_lp(const std::string &file) { export_model(MDL_FILE_LP, file); }
+  /// Write the model as a fixed-column MPS file (".mps" appended when
+  /// @p file has no extension).  Throws kvtl::error (number 0 when the
+  /// file cannot be written).
+  void export_mps(const std::string &file) { export_model(MDL_FILE_MPS, file); }
   /// Print the model through the problem's output.  Throws kvtl::error.
   void print() {
     MDLprob p = get();
@@ -1217,6 +1202,13 @@ class problem {
       mdldelprob_prob(state_->prob);
     }
     state_.reset();
+  }
+  // Generate the matrix and write it in a file format; the library reports
+  // generation errors itself, an unwritable file only by its result.
+  void export_model(int format, const std::string &file) {
+    MDLprob p = get();
+    int rc = detail::checked("mdlexportprob", [&] { return mdlexportprob_prob(p, format, file.c_str()); });
+    if (rc != 0) throw error(0, "cannot write the model to '" + file + "'");
   }
   // The terms and constant of an expression added to a constraint.
   static void fill(MDLctr c, const quad_expr &e) {
