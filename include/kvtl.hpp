@@ -1006,6 +1006,17 @@ class problem {
     fill(c, r.expr);
     return constraint(c);
   }
+  /**
+   * @brief A new constraint "@p e @p type 0" (`add_constraint(cost, ctr_type::nonbinding, "cost")`
+   * states a free row, for instance an objective to be chosen by set_objective(constraint)).
+   * @param e the expression (terms plus constant)
+   * @param type nonbinding, leq, geq or eq
+   * @param name its name (empty: a generated one)
+   * @return the constraint.  Throws kvtl::error (1535 for another type).
+   */
+  constraint add_constraint(const quad_expr &e, ctr_type type, const std::string &name = "") {
+    return add_constraint(quad_relation(e, type), name);
+  }
   /// A new range constraint @p lower <= @p e <= @p upper.  Throws kvtl::error.
   constraint add_range(const linear_expr &e, double lower, double upper, const std::string &name = "") {
     linear_expr terms = e - e.constant();
@@ -1195,12 +1206,9 @@ class problem {
     return state_->prob;
   }
   void release() noexcept {
-    if (state_ && state_->prob != nullptr) {
-      MDLkvslprob e = mdlgetkvslprob_prob(state_->prob);
-      if (state_->cut_manager) KVSLsetcbcutmgr(e, nullptr, nullptr);
-      if (state_->candidate) KVSLsetcbpreintsol(e, nullptr, nullptr);
-      mdldelprob_prob(state_->prob);
-    }
+    // The engine problem goes with the problem, and its callbacks with it;
+    // so only programs that set engine controls or callbacks need libkvsl.
+    if (state_ && state_->prob != nullptr) mdldelprob_prob(state_->prob);
     state_.reset();
   }
   // Generate the matrix and write it in a file format; the library reports
