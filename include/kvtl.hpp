@@ -5,7 +5,6 @@
 #ifndef KVTL_HPP
 #define KVTL_HPP
 
-#include <compare>
 #include <concepts>
 #include <cstddef>
 #include <exception>
@@ -25,22 +24,32 @@
 
 /**
  * @file kvtl.hpp
- * @brief Header-only C++ interface over the C functions of kvtl.h.
+ * @brief Header-only C++20 interface over the C functions of kvtl.h.
  *
- * A kvtl::problem owns one library problem; kvtl::variable, kvtl::constraint,
- * kvtl::sos and kvtl::cut are thin handles of its objects.  Expressions are
- * written with operators (`2*x + 3*y <= 10`, `x*y`) and turned into
- * constraints, objectives and cuts.  Every error the library reports while a
- * function of this header runs becomes a kvtl::error carrying the message
- * number and text; warnings go to the problem's warning handler.
+ * A kvtl::problem owns one library problem; kvtl::variable,
+ * kvtl::constraint, kvtl::sos and kvtl::cut are thin handles of its
+ * objects, comparable with == and usable as keys of std::map, std::set
+ * (std::less is specialised for them) and the unordered containers
+ * (std::hash is specialised).  Expressions are written with operators
+ * (`2*x + 3*y <= 10`, `x*y`, kvtl::sum) and turned into constraints,
+ * objectives and cuts.
  *
- * The header takes over two process-wide settings of the library when it
- * starts it: error control is switched off (errors return instead of ending
- * the process) and the global error callback is its own.  Programs that mix
+ * Every error the library reports while a function of this header runs
+ * leaves that function as a kvtl::error carrying the message number and
+ * text; warnings go to the problem's warning handler (problem::on_warning)
+ * and are not thrown.  Exceptions thrown by the application's handlers and
+ * callbacks never cross a C frame: they are kept, the C call is told to
+ * stop, and they are rethrown when it returns.
+ *
+ * The header takes over two process-wide settings when it starts the
+ * library: error control is off (errors return instead of ending the
+ * process) and the global error callback is its own.  Programs that mix
  * this header with direct C calls should leave both alone.
  *
- * Functions that reach the engine (controls, search callbacks) need the
- * engine library too: link kvtl::kvsl (CMake) or -lkvsl.
+ * Engine controls (problem::set_control) and search callbacks
+ * (problem::on_cut_manager, problem::on_candidate) call the engine's own
+ * functions: programs using them link the engine library too (kvtl::kvsl
+ * in CMake, -lkvsl).
  */
 
 /// The Tessel modelling library.
@@ -52,16 +61,21 @@ inline constexpr double infinity = MDL_INFINITY;
 /**
  * @brief An error reported by the library (or by this header).
  *
- * number() is the library's message number (1501..1599) and what() its text
- * as the library formatted it, for example 1505 "(getsol) No variable
- * given.".  Failures the library signals without a message carry number 0
- * and a text naming the failing function.
+ * number() is the library's message number (1501..1599) and what() its
+ * text as the library formatted it, for example 1505 "(getsol) No variable
+ * given.".  Failures the library signals only by a result carry number 0
+ * and a text saying what failed.
  */
 class error : public std::runtime_error {
  public:
-  /// An error with message number @p number and text @p text.
+  /**
+   * @brief An error with a message number and text.
+   * @param number the message number, 0 for none
+   * @param text the message text
+   */
   error(int number, const std::string &text) : std::runtime_error(text), number_(number) {}
-  /// The message number, 0 when the library reported none.
+  /// @brief The message number.
+  /// @return 1501..1599, or 0 when the library reported none
   [[nodiscard]] int number() const noexcept { return number_; }
 
  private:
@@ -70,12 +84,12 @@ class error : public std::runtime_error {
 
 /// Variable types.
 enum class var_type {
-  continuous = MDL_CONTINUOUS,      ///< any value within the bounds
-  binary = MDL_BINARY,              ///< 0 or 1
-  integer = MDL_INTEGER,            ///< an integer within the bounds
-  partial_integer = MDL_PARTINT,    ///< integer below the limit, continuous above
-  semi_continuous = MDL_SEMICONT,   ///< 0 or within [limit, ub]
-  semi_integer = MDL_SEMIINT        ///< 0 or an integer within [limit, ub]
+  continuous = MDL_CONTINUOUS,     ///< any value within the bounds
+  binary = MDL_BINARY,             ///< 0 or 1
+  integer = MDL_INTEGER,           ///< an integer within the bounds
+  partial_integer = MDL_PARTINT,   ///< integer below the limit, continuous above
+  semi_continuous = MDL_SEMICONT,  ///< 0 or within [limit, ub]
+  semi_integer = MDL_SEMIINT       ///< 0 or an integer within [limit, ub]
 };
 
 /// Constraint types: the constraint's terms related to its right-hand side.
@@ -101,11 +115,11 @@ enum class sos_type {
 
 /// Branching directive kinds.
 enum class directive {
-  priority = MDL_DIR_PRIORITY,       ///< branching priority (value 0..1000, lower first)
-  up = MDL_DIR_UP,                   ///< branch up first
-  down = MDL_DIR_DOWN,               ///< branch down first
-  pseudo_up = MDL_DIR_PSEUDOUP,      ///< up pseudo cost (value)
-  pseudo_down = MDL_DIR_PSEUDODN     ///< down pseudo cost (value)
+  priority = MDL_DIR_PRIORITY,    ///< branching priority (value 0..1000, lower first)
+  up = MDL_DIR_UP,                ///< branch up first
+  down = MDL_DIR_DOWN,            ///< branch down first
+  pseudo_up = MDL_DIR_PSEUDOUP,   ///< up pseudo cost (value)
+  pseudo_down = MDL_DIR_PSEUDODN  ///< down pseudo cost (value)
 };
 
 /// LP status of the last optimisation.
@@ -123,24 +137,22 @@ enum class lp_status {
 
 /// MIP status of the last optimisation.
 enum class mip_status {
-  not_loaded = KVSL_MIP_NOT_LOADED,            ///< nothing loaded
-  lp_not_optimal = KVSL_MIP_LP_NOT_OPTIMAL,    ///< relaxation not optimised
-  lp_optimal = KVSL_MIP_LP_OPTIMAL,            ///< relaxation optimised, no search
-  no_solution_found = KVSL_MIP_NO_SOL_FOUND,   ///< search incomplete, no solution
-  solution = KVSL_MIP_SOLUTION,                ///< search incomplete with a solution
-  infeasible = KVSL_MIP_INFEAS,                ///< search complete: infeasible
-  optimal = KVSL_MIP_OPTIMAL,                  ///< search complete: optimal
-  unbounded = KVSL_MIP_UNBOUNDED               ///< relaxation unbounded
+  not_loaded = KVSL_MIP_NOT_LOADED,           ///< nothing loaded
+  lp_not_optimal = KVSL_MIP_LP_NOT_OPTIMAL,   ///< relaxation not optimised
+  lp_optimal = KVSL_MIP_LP_OPTIMAL,           ///< relaxation optimised, no search
+  no_solution_found = KVSL_MIP_NO_SOL_FOUND,  ///< search incomplete, no solution
+  solution = KVSL_MIP_SOLUTION,               ///< search incomplete with a solution
+  infeasible = KVSL_MIP_INFEAS,               ///< search complete: infeasible
+  optimal = KVSL_MIP_OPTIMAL,                 ///< search complete: optimal
+  unbounded = KVSL_MIP_UNBOUNDED              ///< relaxation unbounded
 };
 
-class problem;
-
-/// Implementation details: not part of the interface.
+/// @cond KVTL_INTERNALS
+// Implementation details: not part of the interface.
 namespace detail {
 
-// What the library reported while one wrapped call ran: its first error
-// and an exception thrown by application code called back
-// from inside the call.
+// What the library reported while one wrapped call ran: its first error and
+// an exception thrown by application code called back from inside the call.
 struct call_state {
   bool has_error = false;
   int error_number = 0;
@@ -161,13 +173,9 @@ inline void keep_exception() noexcept {
   if (s != nullptr && !s->exception) s->exception = std::current_exception();
 }
 
-// Per problem: the handlers the C callbacks reach (kept at a fixed address
-// so that a moved problem keeps working).
-struct problem_state;
-
 // One wrapped call: collects what the library reports while it runs and
 // turns it into an exception afterwards.  Nested calls (from callbacks
-// inside a call) have their own frame.
+// inside a call) have frames of their own.
 class call_frame {
  public:
   call_frame() noexcept : saved_(current_call()) { current_call() = &state_; }
@@ -210,11 +218,16 @@ auto checked(const char *fn, F &&f, P &&failed) {
 
 // Result tests of the C conventions.
 inline bool nonzero(int rc) { return rc != 0; }
+inline bool negative(int rc) { return rc < 0; }
 template <class T>
 bool is_null(T *p) {
   return p == nullptr;
 }
+// A name argument: null for the empty name (the library then makes one).
+inline const char *c_name(const std::string &name) { return name.empty() ? nullptr : name.c_str(); }
 
+// Per problem: the handlers the C callbacks reach, at a fixed address so
+// that a moved problem keeps working.
 struct problem_state {
   MDLprob prob = nullptr;
   std::function<void(int, std::string_view)> on_warning;
@@ -222,10 +235,9 @@ struct problem_state {
 };
 
 // Error callback of every problem (user: its state) and the global one
-// (user null): errors and warnings go to the running call, warnings also
-// to the problem's handler.
-inline void error_trampoline(MDLprob, void *user, int number, int iserror,
-                             const char *text) noexcept {
+// (user null): errors go to the running call, warnings to the problem's
+// handler.
+inline void error_trampoline(MDLprob, void *user, int number, int iserror, const char *text) noexcept {
   call_state *s = current_call();
   const char *t = text != nullptr ? text : "";
   if (iserror != 0) {
@@ -265,10 +277,6 @@ class library_guard {
     mdlseterrctrl(0);
     mdldefcberr_prob(nullptr, error_trampoline, nullptr);
     checked("mdlslinit", [] { return mdlslinit(); }, nonzero);
-    // Start-up keeps the defaults set before it; set them again in case
-    // another part of the program finished and restarted the library.
-    mdlseterrctrl(0);
-    mdldefcberr_prob(nullptr, error_trampoline, nullptr);
   }
   ~library_guard() { mdlslfinish(); }
   library_guard(const library_guard &) = delete;
@@ -278,87 +286,123 @@ class library_guard {
 inline void start_library() { static library_guard guard; }
 
 }  // namespace detail
+/// @endcond
 
 /**
  * @brief A decision variable of a problem (a non-owning handle).
  *
- * Handles compare by identity and serve as keys of std::map, std::set and
- * the unordered containers.  A default-constructed handle names no
- * variable: every call on it throws kvtl::error 1505 or 1513.  Handles stay
- * valid while their problem lives.
+ * Compares by identity with ==; usable as a map key.  A default-constructed
+ * handle names no variable: calls on it throw kvtl::error 1505.  Handles
+ * stay valid while their problem lives.
  */
 class variable {
  public:
-  /// A handle naming no variable.
+  /// @brief A handle naming no variable.
   variable() = default;
-  /// The handle of a C variable @p v.
+  /// @brief The handle of a C variable.
+  /// @param v the C handle
   explicit variable(MDLvar v) noexcept : h_(v) {}
-  /// The C handle.
+  /// @brief The C handle.
+  /// @return the handle, null for none
   [[nodiscard]] MDLvar handle() const noexcept { return h_; }
-  /// True when the handle names a variable.
+  /// @brief Whether the handle names a variable.
+  /// @return true for a non-null handle
   explicit operator bool() const noexcept { return h_ != nullptr; }
-  /// Same variable.
-  friend bool operator==(variable, variable) = default;
+  /// @brief Whether two handles name the same variable.
+  /// @param a, b the handles
+  /// @return true for the same variable
+  friend bool operator==(variable a, variable b) = default;
 
-  /// The name (a generated one for unnamed variables).  Throws kvtl::error.
+  /// @brief The name.
+  /// @return the name, or the generated name of an unnamed variable
+  /// @throws kvtl::error for no variable
   [[nodiscard]] std::string name() const {
     return detail::checked("mdlgetvarname", [&] { return mdlgetvarname(h_); }, detail::is_null<const char>);
   }
-  /// The type.  Throws kvtl::error.
+  /// @brief The type.
+  /// @return the variable's type
+  /// @throws kvtl::error for no variable
   [[nodiscard]] var_type type() const {
-    return static_cast<var_type>(
-        detail::checked("mdlgetvartype", [&] { return mdlgetvartype(h_); }, [](int t) { return t < 0; }));
+    return static_cast<var_type>(detail::checked("mdlgetvartype", [&] { return mdlgetvartype(h_); }, detail::negative));
   }
-  /// Change the type.  Throws kvtl::error (1531 for a type out of range).
+  /// @brief Change the type.
+  /// @param t the new type
+  /// @throws kvtl::error 1531 for a type out of range, 1505 for no variable
   void set_type(var_type t) const {
     detail::checked("mdlsetvartype", [&] { return mdlsetvartype(h_, static_cast<int>(t)); }, detail::nonzero);
   }
-  /// Lower bound.  Throws kvtl::error.
+  /// @brief The lower bound.
+  /// @return the bound (-kvtl::infinity when unbounded)
+  /// @throws kvtl::error for no variable
   [[nodiscard]] double lb() const { return bounds().first; }
-  /// Upper bound.  Throws kvtl::error.
+  /// @brief The upper bound.
+  /// @return the bound (kvtl::infinity when unbounded)
+  /// @throws kvtl::error for no variable
   [[nodiscard]] double ub() const { return bounds().second; }
-  /// Both bounds as (lower, upper).  Throws kvtl::error.
+  /// @brief Both bounds.
+  /// @return (lower, upper)
+  /// @throws kvtl::error for no variable
   [[nodiscard]] std::pair<double, double> bounds() const {
     double lo = 0, up = 0;
     detail::checked("mdlgetbounds", [&] { return mdlgetbounds(h_, &lo, &up); }, detail::nonzero);
     return {lo, up};
   }
-  /// Set the lower bound.  Throws kvtl::error (1530 when above the upper bound).
+  /// @brief Set the lower bound.
+  /// @param value the new bound
+  /// @throws kvtl::error 1530 when above the upper bound, 1505 for no variable
   void set_lb(double value) const {
     detail::checked("mdlsetlb", [&] { return mdlsetlb(h_, value); }, detail::nonzero);
   }
-  /// Set the upper bound.  Throws kvtl::error (1530 when below the lower bound).
+  /// @brief Set the upper bound.
+  /// @param value the new bound
+  /// @throws kvtl::error 1530 when below the lower bound, 1505 for no variable
   void set_ub(double value) const {
     detail::checked("mdlsetub", [&] { return mdlsetub(h_, value); }, detail::nonzero);
   }
-  /// Set both bounds to @p value.  Throws kvtl::error.
+  /// @brief Set both bounds to one value.
+  /// @param value the value
+  /// @throws kvtl::error for no variable
   void fix(double value) const {
     detail::checked("mdlfixvar", [&] { return mdlfixvar(h_, value); }, detail::nonzero);
   }
-  /// Limit of a partial-integer or semi-continuous variable.  Throws kvtl::error.
+  /// @brief The limit of a partial-integer or semi-continuous variable.
+  /// @return the limit
+  /// @throws kvtl::error for no variable
   [[nodiscard]] double limit() const {
     double v = 0;
     detail::checked("mdlgetlim", [&] { return mdlgetlim(h_, &v); }, detail::nonzero);
     return v;
   }
-  /// Set the limit (warnings 1592/1593 go to the warning handler).  Throws kvtl::error.
+  /// @brief Set the limit of a partial-integer or semi-continuous variable
+  /// (warnings 1592 and 1593 go to the warning handler).
+  /// @param value the limit
+  /// @throws kvtl::error for no variable
   void set_limit(double value) const {
     detail::checked("mdlsetlim", [&] { return mdlsetlim(h_, value); }, detail::nonzero);
   }
-  /// Column in the loaded matrix, -1 without one.  Throws kvtl::error.
+  /// @brief The column in the loaded matrix.
+  /// @return the column, -1 without one
+  /// @throws kvtl::error for no variable
   [[nodiscard]] int column() const {
     return detail::checked("mdlgetcolnum", [&] { return mdlgetcolnum(h_); });
   }
-  /// Value in the current solution (0 with warning 1520 when there is
-  /// none).  Throws kvtl::error.
+  /// @brief The value in the current solution.
+  /// @return the value; 0 with warning 1520 when there is no solution; for
+  ///         a variable without a column the feasible value nearest to 0
+  /// @throws kvtl::error 1505 for no variable
   [[nodiscard]] double value() const {
     return detail::checked("mdlgetsol", [&] { return mdlgetsol(h_); });
   }
-  /// Reduced cost in the current LP solution.  Throws kvtl::error.
+  /// @brief The reduced cost in the current LP solution.
+  /// @return the reduced cost (0 with warning 1520 without a solution)
+  /// @throws kvtl::error 1505 for no variable
   [[nodiscard]] double reduced_cost() const {
     return detail::checked("mdlgetrcost", [&] { return mdlgetrcost(h_); });
   }
-  /// Append a branching directive of kind @p kind with @p value.  Throws kvtl::error.
+  /// @brief Append a branching directive.
+  /// @param kind the directive
+  /// @param value the priority or pseudo cost (unused for up and down)
+  /// @throws kvtl::error 1547 for a kind out of range, 1505 for no variable
   void set_directive(directive kind, double value = 0) const {
     detail::checked("mdlsetvardir", [&] { return mdlsetvardir(h_, static_cast<int>(kind), value); },
                     detail::nonzero);
@@ -373,8 +417,9 @@ class variable {
     double upper_cost;   ///< upper end of the cost range
     double lower_cost;   ///< lower end of the cost range
   };
-  /// Ranging of the current LP solution (computed once per solution).
-  /// Throws kvtl::error.
+  /// @brief Ranging of the current LP solution (computed once per solution).
+  /// @return the six ranging values
+  /// @throws kvtl::error for no variable or when the engine cannot range
   [[nodiscard]] ranging range() const {
     auto get = [&](int code) { return detail::checked("mdlgetvarrng", [&] { return mdlgetvarrng(h_, code); }); };
     return {get(MDL_RNG_UPACT), get(MDL_RNG_LOACT), get(MDL_RNG_UUP),
@@ -388,72 +433,101 @@ class variable {
 /**
  * @brief A constraint of a problem (a non-owning handle).
  *
- * Compares by identity; usable as a map key.  Valid until removed or until
- * its problem is destroyed.
+ * Compares by identity with ==; usable as a map key.  Valid until removed
+ * (problem::remove) or until its problem is destroyed.
  */
 class constraint {
  public:
-  /// A handle naming no constraint.
+  /// @brief A handle naming no constraint.
   constraint() = default;
-  /// The handle of a C constraint @p c.
+  /// @brief The handle of a C constraint.
+  /// @param c the C handle
   explicit constraint(MDLctr c) noexcept : h_(c) {}
-  /// The C handle.
+  /// @brief The C handle.
+  /// @return the handle, null for none
   [[nodiscard]] MDLctr handle() const noexcept { return h_; }
-  /// True when the handle names a constraint.
+  /// @brief Whether the handle names a constraint.
+  /// @return true for a non-null handle
   explicit operator bool() const noexcept { return h_ != nullptr; }
-  /// Same constraint.
-  friend bool operator==(constraint, constraint) = default;
+  /// @brief Whether two handles name the same constraint.
+  /// @param a, b the handles
+  /// @return true for the same constraint
+  friend bool operator==(constraint a, constraint b) = default;
 
-  /// The name (a generated one for unnamed constraints).  Throws kvtl::error.
+  /// @brief The name.
+  /// @return the name, or the generated name of an unnamed constraint
+  /// @throws kvtl::error for no constraint
   [[nodiscard]] std::string name() const {
     return detail::checked("mdlgetctrname", [&] { return mdlgetctrname(h_); }, detail::is_null<const char>);
   }
-  /// The type.  Throws kvtl::error.
+  /// @brief The type.
+  /// @return the constraint's type
+  /// @throws kvtl::error for no constraint
   [[nodiscard]] ctr_type type() const {
-    return static_cast<ctr_type>(
-        detail::checked("mdlgetctrtype", [&] { return mdlgetctrtype(h_); }, [](int t) { return t < 0; }));
+    return static_cast<ctr_type>(detail::checked("mdlgetctrtype", [&] { return mdlgetctrtype(h_); }, detail::negative));
   }
-  /// Change the type (not to ctr_type::range: use set_range).  Throws
-  /// kvtl::error (1535 for a type out of range).
+  /// @brief Change the type (to ctr_type::range only through set_range).
+  /// @param t the new type
+  /// @throws kvtl::error 1535 for a type out of range, 1507 for no constraint
   void set_type(ctr_type t) const {
     detail::checked("mdlsetctrtype", [&] { return mdlsetctrtype(h_, static_cast<int>(t)); }, detail::nonzero);
   }
-  /// Right-hand side.  Throws kvtl::error.
+  /// @brief The right-hand side.
+  /// @return the rhs (the negated constant of its expression)
+  /// @throws kvtl::error 1507 for no constraint
   [[nodiscard]] double rhs() const {
     return detail::checked("mdlgetrhs", [&] { return mdlgetrhs(h_); });
   }
-  /// Make the constraint @p lower <= terms <= @p upper (an equation when
-  /// they are equal).  Throws kvtl::error (1536 when lower > upper).
+  /// @brief Make the constraint lower <= terms <= upper (an equation when
+  /// they are equal).
+  /// @param lower, upper the limits
+  /// @throws kvtl::error 1536 when lower > upper, 1507 for no constraint
   void set_range(double lower, double upper) const {
     detail::checked("mdlsetrange", [&] { return mdlsetrange(h_, lower, upper); }, detail::nonzero);
   }
-  /// Coefficient of @p v in the constraint (0 when absent).  Throws kvtl::error.
+  /// @brief A variable's coefficient.
+  /// @param v the variable
+  /// @return its coefficient, 0 when it has no term
+  /// @throws kvtl::error 1507 for no constraint
   [[nodiscard]] double coefficient(variable v) const {
     return detail::checked("mdlgetcoeff", [&] { return mdlgetcoeff(h_, v.handle()); });
   }
-  /// Set the coefficient of @p v (0 removes the term).  Throws kvtl::error.
+  /// @brief Set a variable's coefficient (0 removes the term).
+  /// @param v the variable
+  /// @param coef its new coefficient
+  /// @throws kvtl::error 1507 for no constraint
   void set_coefficient(variable v, double coef) const {
     detail::checked("mdlsetterm", [&] { return mdlsetterm(h_, v.handle(), coef); }, detail::nonzero);
   }
-  /// Make it an indicator constraint: it holds when binary @p v is 1
-  /// (@p when_one) or 0.  Throws kvtl::error (1539 for a wrong type).
+  /// @brief Make it an indicator constraint.
+  /// @param v a binary variable
+  /// @param when_one the constraint holds when @p v is 1 (true) or 0 (false)
+  /// @throws kvtl::error 1539 for a constraint of another type than L, G, E
   void set_indicator(variable v, bool when_one = true) const {
-    detail::checked("mdlsetindicator",
-                    [&] { return mdlsetindicator(h_, when_one ? 1 : -1, v.handle()); }, detail::nonzero);
+    detail::checked("mdlsetindicator", [&] { return mdlsetindicator(h_, when_one ? 1 : -1, v.handle()); },
+                    detail::nonzero);
   }
-  /// Row in the loaded matrix, -1 without one.  Throws kvtl::error.
+  /// @brief The row in the loaded matrix.
+  /// @return the row, -1 without one
+  /// @throws kvtl::error 1507 for no constraint
   [[nodiscard]] int row() const {
     return detail::checked("mdlgetrownum", [&] { return mdlgetrownum(h_); });
   }
-  /// Activity (the terms' value) in the current solution.  Throws kvtl::error.
+  /// @brief The activity in the current solution.
+  /// @return the terms' value (without the constant)
+  /// @throws kvtl::error 1507 for no constraint
   [[nodiscard]] double activity() const {
     return detail::checked("mdlgetact", [&] { return mdlgetact(h_); });
   }
-  /// Slack (rhs minus activity) in the current solution.  Throws kvtl::error.
+  /// @brief The slack in the current solution.
+  /// @return the rhs minus the activity
+  /// @throws kvtl::error 1507 for no constraint
   [[nodiscard]] double slack() const {
     return detail::checked("mdlgetslack", [&] { return mdlgetslack(h_); });
   }
-  /// Dual value in the current LP solution.  Throws kvtl::error.
+  /// @brief The dual value in the current LP solution.
+  /// @return the dual value
+  /// @throws kvtl::error 1507 for no constraint
   [[nodiscard]] double dual() const {
     return detail::checked("mdlgetdual", [&] { return mdlgetdual(h_); });
   }
@@ -465,7 +539,9 @@ class constraint {
     double unit_up;         ///< objective change per unit up
     double unit_down;       ///< objective change per unit down
   };
-  /// Ranging of the current LP solution.  Throws kvtl::error.
+  /// @brief Ranging of the current LP solution.
+  /// @return the four ranging values
+  /// @throws kvtl::error for no constraint or when the engine cannot range
   [[nodiscard]] ranging range() const {
     auto get = [&](int code) { return detail::checked("mdlgetctrrng", [&] { return mdlgetctrrng(h_, code); }); };
     return {get(MDL_RNG_UPACT), get(MDL_RNG_LOACT), get(MDL_RNG_UUP), get(MDL_RNG_UDN)};
@@ -477,33 +553,49 @@ class constraint {
 
 /**
  * @brief A special ordered set of a problem (a non-owning handle).
+ *
+ * Compares by identity with ==; usable as a map key.
  */
 class sos {
  public:
-  /// A handle naming no set.
+  /// @brief A handle naming no set.
   sos() = default;
-  /// The handle of a C set @p s.
+  /// @brief The handle of a C set.
+  /// @param s the C handle
   explicit sos(MDLsos s) noexcept : h_(s) {}
-  /// The C handle.
+  /// @brief The C handle.
+  /// @return the handle, null for none
   [[nodiscard]] MDLsos handle() const noexcept { return h_; }
-  /// True when the handle names a set.
+  /// @brief Whether the handle names a set.
+  /// @return true for a non-null handle
   explicit operator bool() const noexcept { return h_ != nullptr; }
-  /// Same set.
-  friend bool operator==(sos, sos) = default;
-  /// The name.  Throws kvtl::error.
+  /// @brief Whether two handles name the same set.
+  /// @param a, b the handles
+  /// @return true for the same set
+  friend bool operator==(sos a, sos b) = default;
+  /// @brief The name.
+  /// @return the name, or the generated name of an unnamed set
+  /// @throws kvtl::error for no set
   [[nodiscard]] std::string name() const {
     return detail::checked("mdlgetsosname", [&] { return mdlgetsosname(h_); }, detail::is_null<const char>);
   }
-  /// The type.  Throws kvtl::error.
+  /// @brief The type.
+  /// @return the set's type
+  /// @throws kvtl::error for no set
   [[nodiscard]] sos_type type() const {
-    return static_cast<sos_type>(
-        detail::checked("mdlgetsostype", [&] { return mdlgetsostype(h_); }, [](int t) { return t < 0; }));
+    return static_cast<sos_type>(detail::checked("mdlgetsostype", [&] { return mdlgetsostype(h_); }, detail::negative));
   }
-  /// Add @p weight to the member @p v (a new member when absent).  Throws kvtl::error.
+  /// @brief Add a weight to a member (a new member when absent).
+  /// @param v the member
+  /// @param weight its (reference) weight
+  /// @throws kvtl::error 1508 for no set
   void add(variable v, double weight) const {
     detail::checked("mdladdsosel", [&] { return mdladdsosel(h_, v.handle(), weight); }, detail::nonzero);
   }
-  /// Append a branching directive to the set.  Throws kvtl::error.
+  /// @brief Append a branching directive to the set.
+  /// @param kind the directive
+  /// @param value the priority or pseudo cost
+  /// @throws kvtl::error 1547 for a kind out of range, 1508 for no set
   void set_directive(directive kind, double value = 0) const {
     detail::checked("mdlsetsosdir", [&] { return mdlsetsosdir(h_, static_cast<int>(kind), value); },
                     detail::nonzero);
@@ -514,31 +606,43 @@ class sos {
 };
 
 /**
- * @brief A cut: an inequality kept outside the model and sent to the engine
- * during the search (a non-owning handle; problem::remove_cut deletes it).
+ * @brief A cut: an inequality kept outside the model, sent to the engine
+ * during the search (a non-owning handle; problem::remove deletes it).
+ *
+ * Compares by identity with ==; usable as a map key.
  */
 class cut {
  public:
-  /// A handle naming no cut.
+  /// @brief A handle naming no cut.
   cut() = default;
-  /// The handle of a C cut @p c.
+  /// @brief The handle of a C cut.
+  /// @param c the C handle
   explicit cut(MDLcut c) noexcept : h_(c) {}
-  /// The C handle.
+  /// @brief The C handle.
+  /// @return the handle, null for none
   [[nodiscard]] MDLcut handle() const noexcept { return h_; }
-  /// True when the handle names a cut.
+  /// @brief Whether the handle names a cut.
+  /// @return true for a non-null handle
   explicit operator bool() const noexcept { return h_ != nullptr; }
-  /// Same cut.
-  friend bool operator==(cut, cut) = default;
-  /// The cut's type number.  Throws kvtl::error.
+  /// @brief Whether two handles name the same cut.
+  /// @param a, b the handles
+  /// @return true for the same cut
+  friend bool operator==(cut a, cut b) = default;
+  /// @brief The cut's type number.
+  /// @return the number given when it was made
+  /// @throws kvtl::error 1509 for no cut
   [[nodiscard]] int id() const {
     return detail::checked("mdlgetcutid", [&] { return mdlgetcutid(h_); });
   }
-  /// The relation (leq, geq or eq).  Throws kvtl::error.
+  /// @brief The relation.
+  /// @return leq, geq or eq
+  /// @throws kvtl::error 1509 for no cut
   [[nodiscard]] ctr_type type() const {
-    return static_cast<ctr_type>(
-        detail::checked("mdlgetcuttype", [&] { return mdlgetcuttype(h_); }, [](int t) { return t < 0; }));
+    return static_cast<ctr_type>(detail::checked("mdlgetcuttype", [&] { return mdlgetcuttype(h_); }, detail::negative));
   }
-  /// The right-hand side.  Throws kvtl::error.
+  /// @brief The right-hand side.
+  /// @return the rhs
+  /// @throws kvtl::error 1509 for no cut
   [[nodiscard]] double rhs() const {
     return detail::checked("mdlgetcutrhs", [&] { return mdlgetcutrhs(h_); });
   }
@@ -549,58 +653,45 @@ class cut {
 
 }  // namespace kvtl
 
-/// Hash of a variable handle (by identity).
+/// @cond KVTL_STD_SPECIALISATIONS
+// Handles hash and order by address, for the standard containers.
 template <>
 struct std::hash<kvtl::variable> {
-  /// The hash of the handle's address.
   std::size_t operator()(kvtl::variable v) const noexcept { return std::hash<MDLvar>{}(v.handle()); }
 };
-/// Order of variable handles (by address), for ordered containers.
 template <>
 struct std::less<kvtl::variable> {
-  /// True when @p a comes before @p b.
   bool operator()(kvtl::variable a, kvtl::variable b) const noexcept {
     return std::less<MDLvar>{}(a.handle(), b.handle());
   }
 };
-/// Hash of a constraint handle (by identity).
 template <>
 struct std::hash<kvtl::constraint> {
-  /// The hash of the handle's address.
   std::size_t operator()(kvtl::constraint c) const noexcept { return std::hash<MDLctr>{}(c.handle()); }
 };
-/// Order of constraint handles (by address), for ordered containers.
 template <>
 struct std::less<kvtl::constraint> {
-  /// True when @p a comes before @p b.
   bool operator()(kvtl::constraint a, kvtl::constraint b) const noexcept {
     return std::less<MDLctr>{}(a.handle(), b.handle());
   }
 };
-/// Hash of a set handle (by identity).
 template <>
 struct std::hash<kvtl::sos> {
-  /// The hash of the handle's address.
   std::size_t operator()(kvtl::sos s) const noexcept { return std::hash<MDLsos>{}(s.handle()); }
 };
-/// Order of set handles (by address), for ordered containers.
 template <>
 struct std::less<kvtl::sos> {
-  /// True when @p a comes before @p b.
   bool operator()(kvtl::sos a, kvtl::sos b) const noexcept { return std::less<MDLsos>{}(a.handle(), b.handle()); }
 };
-/// Hash of a cut handle (by identity).
 template <>
 struct std::hash<kvtl::cut> {
-  /// The hash of the handle's address.
   std::size_t operator()(kvtl::cut c) const noexcept { return std::hash<MDLcut>{}(c.handle()); }
 };
-/// Order of cut handles (by address), for ordered containers.
 template <>
 struct std::less<kvtl::cut> {
-  /// True when @p a comes before @p b.
   bool operator()(kvtl::cut a, kvtl::cut b) const noexcept { return std::less<MDLcut>{}(a.handle(), b.handle()); }
 };
+/// @endcond
 
 namespace kvtl {
 
@@ -622,48 +713,65 @@ struct quad_term {
  *
  * Built from variables and numbers with + - * / and +=; a variable may
  * occur in several terms (their coefficients add up where the expression
- * is used).  Multiplying two linear expressions gives a kvtl::quad_expr.
+ * is used).  The product of two linear expressions is a kvtl::quad_expr.
  */
 class linear_expr {
  public:
-  /// The expression 0.
+  /// @brief The expression 0.
   linear_expr() = default;
-  /// The constant @p c.
+  /// @brief A constant expression.
+  /// @param c the constant
   linear_expr(double c) : constant_(c) {}  // NOLINT: numbers are expressions
-  /// The variable @p v with coefficient 1.
+  /// @brief A variable with coefficient 1.
+  /// @param v the variable
   linear_expr(variable v) : terms_{{v, 1.0}} {}  // NOLINT: variables are expressions
 
-  /// The constant part.
+  /// @brief The constant part.
+  /// @return the constant
   [[nodiscard]] double constant() const noexcept { return constant_; }
-  /// The terms, in the order they were added.
+  /// @brief The terms.
+  /// @return the terms in the order they were added
   [[nodiscard]] std::span<const linear_term> terms() const noexcept { return terms_; }
-  /// Add @p coef * @p v.
+  /// @brief Add one term.
+  /// @param v the variable
+  /// @param coef its coefficient
+  /// @return this expression
   linear_expr &add_term(variable v, double coef) {
     terms_.push_back({v, coef});
     return *this;
   }
-  /// Add @p e to this expression.
+  /// @brief Add an expression.
+  /// @param e the expression added
+  /// @return this expression
   linear_expr &operator+=(const linear_expr &e) {
     constant_ += e.constant_;
     terms_.insert(terms_.end(), e.terms_.begin(), e.terms_.end());
     return *this;
   }
-  /// Subtract @p e from this expression.
+  /// @brief Subtract an expression.
+  /// @param e the expression subtracted
+  /// @return this expression
   linear_expr &operator-=(const linear_expr &e) {
     constant_ -= e.constant_;
     terms_.reserve(terms_.size() + e.terms_.size());
     for (const linear_term &t : e.terms_) terms_.push_back({t.var, -t.coef});
     return *this;
   }
-  /// Multiply by the number @p f.
+  /// @brief Multiply by a number.
+  /// @param f the factor
+  /// @return this expression
   linear_expr &operator*=(double f) {
     constant_ *= f;
     for (linear_term &t : terms_) t.coef *= f;
     return *this;
   }
-  /// Divide by the number @p f.
+  /// @brief Divide by a number.
+  /// @param f the divisor
+  /// @return this expression
   linear_expr &operator/=(double f) { return *this *= 1.0 / f; }
-  /// Value at the current solution.  Throws kvtl::error.
+  /// @brief The value at the current solution.
+  /// @return the constant plus the terms' values
+  /// @throws kvtl::error as variable::value
   [[nodiscard]] double value() const {
     double v = constant_;
     for (const linear_term &t : terms_) v += t.coef * t.var.value();
@@ -681,51 +789,71 @@ class linear_expr {
  */
 class quad_expr {
  public:
-  /// The expression 0.
+  /// @brief The expression 0.
   quad_expr() = default;
-  /// The linear expression @p e.
+  /// @brief A linear expression as a quadratic one.
+  /// @param e the linear expression
   quad_expr(linear_expr e) : linear_(std::move(e)) {}  // NOLINT: linear is quadratic
 
-  /// The linear part (with the constant).
+  /// @brief The linear part.
+  /// @return the linear part with the constant
   [[nodiscard]] const linear_expr &linear() const noexcept { return linear_; }
-  /// The quadratic terms, in the order they were added.
+  /// @brief The quadratic terms.
+  /// @return the terms in the order they were added
   [[nodiscard]] std::span<const quad_term> quad_terms() const noexcept { return quad_; }
-  /// Add @p coef * @p a * @p b.
+  /// @brief Add one quadratic term.
+  /// @param a, b the variables
+  /// @param coef the coefficient of a * b
+  /// @return this expression
   quad_expr &add_term(variable a, variable b, double coef) {
     quad_.push_back({a, b, coef});
     return *this;
   }
-  /// Add @p e to this expression.
+  /// @brief Add an expression.
+  /// @param e the expression added
+  /// @return this expression
   quad_expr &operator+=(const quad_expr &e) {
     linear_ += e.linear_;
     quad_.insert(quad_.end(), e.quad_.begin(), e.quad_.end());
     return *this;
   }
-  /// Add the linear expression @p e.
+  /// @brief Add a linear expression.
+  /// @param e the expression added
+  /// @return this expression
   quad_expr &operator+=(const linear_expr &e) {
     linear_ += e;
     return *this;
   }
-  /// Subtract @p e from this expression.
+  /// @brief Subtract an expression.
+  /// @param e the expression subtracted
+  /// @return this expression
   quad_expr &operator-=(const quad_expr &e) {
     linear_ -= e.linear_;
     for (const quad_term &t : e.quad_) quad_.push_back({t.var1, t.var2, -t.coef});
     return *this;
   }
-  /// Subtract the linear expression @p e.
+  /// @brief Subtract a linear expression.
+  /// @param e the expression subtracted
+  /// @return this expression
   quad_expr &operator-=(const linear_expr &e) {
     linear_ -= e;
     return *this;
   }
-  /// Multiply by the number @p f.
+  /// @brief Multiply by a number.
+  /// @param f the factor
+  /// @return this expression
   quad_expr &operator*=(double f) {
     linear_ *= f;
     for (quad_term &t : quad_) t.coef *= f;
     return *this;
   }
-  /// Divide by the number @p f.
+  /// @brief Divide by a number.
+  /// @param f the divisor
+  /// @return this expression
   quad_expr &operator/=(double f) { return *this *= 1.0 / f; }
-  /// Value at the current solution.  Throws kvtl::error.
+  /// @brief The value at the current solution.
+  /// @return the linear part's value plus the quadratic terms' values
+  /// @throws kvtl::error as variable::value
   [[nodiscard]] double value() const {
     double v = linear_.value();
     for (const quad_term &t : quad_) v += t.coef * t.var1.value() * t.var2.value();
@@ -737,19 +865,36 @@ class quad_expr {
   std::vector<quad_term> quad_;
 };
 
-/// @p a plus @p b.
+/// @brief Sum of two linear expressions.
+/// @param a, b the operands (variables and numbers convert)
+/// @return a + b
 inline linear_expr operator+(linear_expr a, const linear_expr &b) { return a += b; }
-/// @p a minus @p b.
+/// @brief Difference of two linear expressions.
+/// @param a, b the operands
+/// @return a - b
 inline linear_expr operator-(linear_expr a, const linear_expr &b) { return a -= b; }
-/// Minus @p a.
+/// @brief Negation.
+/// @param a the operand
+/// @return -a
 inline linear_expr operator-(linear_expr a) { return a *= -1.0; }
-/// The number @p f times @p a.
+/// @brief A number times a linear expression.
+/// @param f the number
+/// @param a the expression
+/// @return f * a
 inline linear_expr operator*(double f, linear_expr a) { return a *= f; }
-/// @p a times the number @p f.
+/// @brief A linear expression times a number.
+/// @param a the expression
+/// @param f the number
+/// @return a * f
 inline linear_expr operator*(linear_expr a, double f) { return a *= f; }
-/// @p a divided by the number @p f.
+/// @brief A linear expression divided by a number.
+/// @param a the expression
+/// @param f the divisor
+/// @return a / f
 inline linear_expr operator/(linear_expr a, double f) { return a /= f; }
-/// The product of two linear expressions.
+/// @brief The product of two linear expressions (`x*y`, `(x - 1)*(x - 1)`).
+/// @param a, b the factors
+/// @return a * b as a quadratic expression
 inline quad_expr operator*(const linear_expr &a, const linear_expr &b) {
   // Terms times a zero constant are left out rather than kept as zeros.
   linear_expr lin(a.constant() * b.constant());
@@ -762,78 +907,129 @@ inline quad_expr operator*(const linear_expr &a, const linear_expr &b) {
     for (const linear_term &t : b.terms()) q.add_term(s.var, t.var, s.coef * t.coef);
   return q;
 }
-/// @p a plus @p b.
+/// @brief Sum of two quadratic expressions.
+/// @param a, b the operands
+/// @return a + b
 inline quad_expr operator+(quad_expr a, const quad_expr &b) { return a += b; }
-/// @p a plus @p b.
+/// @brief Sum of a quadratic and a linear expression.
+/// @param a, b the operands
+/// @return a + b
 inline quad_expr operator+(quad_expr a, const linear_expr &b) { return a += b; }
-/// @p a plus @p b.
+/// @brief Sum of a linear and a quadratic expression.
+/// @param a, b the operands
+/// @return a + b
 inline quad_expr operator+(const linear_expr &a, quad_expr b) { return b += a; }
-/// @p a minus @p b.
+/// @brief Difference of two quadratic expressions.
+/// @param a, b the operands
+/// @return a - b
 inline quad_expr operator-(quad_expr a, const quad_expr &b) { return a -= b; }
-/// @p a minus @p b.
+/// @brief Difference of a quadratic and a linear expression.
+/// @param a, b the operands
+/// @return a - b
 inline quad_expr operator-(quad_expr a, const linear_expr &b) { return a -= b; }
-/// @p a minus @p b.
+/// @brief Difference of a linear and a quadratic expression.
+/// @param a, b the operands
+/// @return a - b
 inline quad_expr operator-(const linear_expr &a, const quad_expr &b) { return quad_expr(a) -= b; }
-/// Minus @p a.
+/// @brief Negation.
+/// @param a the operand
+/// @return -a
 inline quad_expr operator-(quad_expr a) { return a *= -1.0; }
-/// The number @p f times @p a.
+/// @brief A number times a quadratic expression.
+/// @param f the number
+/// @param a the expression
+/// @return f * a
 inline quad_expr operator*(double f, quad_expr a) { return a *= f; }
-/// @p a times the number @p f.
+/// @brief A quadratic expression times a number.
+/// @param a the expression
+/// @param f the number
+/// @return a * f
 inline quad_expr operator*(quad_expr a, double f) { return a *= f; }
-/// @p a divided by the number @p f.
+/// @brief A quadratic expression divided by a number.
+/// @param a the expression
+/// @param f the divisor
+/// @return a / f
 inline quad_expr operator/(quad_expr a, double f) { return a /= f; }
 
 /**
  * @brief A linear relation "expression type 0", made by comparing linear
  * expressions with <=, >= or == (`2*x + 3*y <= 10`).
  *
- * Note that two plain variables compared with == give a bool (whether they
- * are the same variable); write `x - y == 0` for the equation.
+ * Two plain variables compared with == give a bool (whether they are the
+ * same variable); write `x - y == 0` for the equation.
  */
 struct linear_relation {
   linear_expr expr;  ///< left side minus right side
-  ctr_type type;     ///< leq, geq or eq
+  ctr_type type;     ///< the relation of expr to 0
 };
 
-/// A quadratic relation "expression type 0" (`x*x + y*y <= 1`).
+/// @brief A quadratic relation "expression type 0" (`x*x + y*y <= 1`).
 struct quad_relation {
   quad_expr expr;  ///< left side minus right side
-  ctr_type type;   ///< leq, geq or eq
-  /// A quadratic relation with expression @p e and type @p t.
+  ctr_type type;   ///< the relation of expr to 0
+  /// @brief A relation from its parts.
+  /// @param e the expression
+  /// @param t its relation to 0
   quad_relation(quad_expr e, ctr_type t) : expr(std::move(e)), type(t) {}
-  /// The linear relation @p r.
+  /// @brief A linear relation as a quadratic one.
+  /// @param r the linear relation
   quad_relation(linear_relation r) : expr(std::move(r.expr)), type(r.type) {}  // NOLINT
 };
 
-/// The relation @p a <= @p b.
+/// @brief The relation a <= b.
+/// @param a, b the sides (variables and numbers convert)
+/// @return the relation a - b <= 0
 inline linear_relation operator<=(const linear_expr &a, const linear_expr &b) { return {a - b, ctr_type::leq}; }
-/// The relation @p a >= @p b.
+/// @brief The relation a >= b.
+/// @param a, b the sides
+/// @return the relation a - b >= 0
 inline linear_relation operator>=(const linear_expr &a, const linear_expr &b) { return {a - b, ctr_type::geq}; }
-/// The relation @p a == @p b.
+/// @brief The relation a == b (an equation, not a comparison).
+/// @param a, b the sides
+/// @return the relation a - b == 0
 inline linear_relation operator==(const linear_expr &a, const linear_expr &b) { return {a - b, ctr_type::eq}; }
-/// The relation @p a <= @p b.
+/// @brief The relation a <= b.
+/// @param a, b the sides
+/// @return the relation a - b <= 0
 inline quad_relation operator<=(const quad_expr &a, const linear_expr &b) { return {a - b, ctr_type::leq}; }
-/// The relation @p a >= @p b.
+/// @brief The relation a >= b.
+/// @param a, b the sides
+/// @return the relation a - b >= 0
 inline quad_relation operator>=(const quad_expr &a, const linear_expr &b) { return {a - b, ctr_type::geq}; }
-/// The relation @p a == @p b.
+/// @brief The relation a == b.
+/// @param a, b the sides
+/// @return the relation a - b == 0
 inline quad_relation operator==(const quad_expr &a, const linear_expr &b) { return {a - b, ctr_type::eq}; }
-/// The relation @p a <= @p b.
+/// @brief The relation a <= b.
+/// @param a, b the sides
+/// @return the relation a - b <= 0
 inline quad_relation operator<=(const linear_expr &a, const quad_expr &b) { return {a - b, ctr_type::leq}; }
-/// The relation @p a >= @p b.
+/// @brief The relation a >= b.
+/// @param a, b the sides
+/// @return the relation a - b >= 0
 inline quad_relation operator>=(const linear_expr &a, const quad_expr &b) { return {a - b, ctr_type::geq}; }
-/// The relation @p a == @p b.
+/// @brief The relation a == b.
+/// @param a, b the sides
+/// @return the relation a - b == 0
 inline quad_relation operator==(const linear_expr &a, const quad_expr &b) { return {a - b, ctr_type::eq}; }
-/// The relation @p a <= @p b.
+/// @brief The relation a <= b.
+/// @param a, b the sides
+/// @return the relation a - b <= 0
 inline quad_relation operator<=(const quad_expr &a, const quad_expr &b) { return {a - b, ctr_type::leq}; }
-/// The relation @p a >= @p b.
+/// @brief The relation a >= b.
+/// @param a, b the sides
+/// @return the relation a - b >= 0
 inline quad_relation operator>=(const quad_expr &a, const quad_expr &b) { return {a - b, ctr_type::geq}; }
-/// The relation @p a == @p b.
+/// @brief The relation a == b.
+/// @param a, b the sides
+/// @return the relation a - b == 0
 inline quad_relation operator==(const quad_expr &a, const quad_expr &b) { return {a - b, ctr_type::eq}; }
 
 /**
- * @brief The sum of the elements of a range (variables, numbers or
- * expressions): a linear_expr, or a quad_expr for quadratic elements.
- * @param r any input range, e.g. a std::vector<variable>
+ * @brief The sum of the elements of a range.
+ * @param r an input range of variables, numbers or expressions (a
+ *        std::vector<variable>, a plain array, a view ...)
+ * @return a linear_expr, or a quad_expr for quadratic elements
  */
 template <std::ranges::input_range R>
 auto sum(R &&r) {
@@ -850,9 +1046,9 @@ auto sum(R &&r) {
 }
 
 /**
- * @brief The sum of @p f applied to every element of a range
- * (`sum(items, [&](int i) { return value[i] * take[i]; })`).
- * @param r any input range
+ * @brief The sum of a function over a range
+ * (`sum(std::views::iota(0, n), [&](int i) { return value[i] * take[i]; })`).
+ * @param r an input range
  * @param f a function of one element giving a variable, number or expression
  * @return a linear_expr, or a quad_expr when @p f gives quadratic expressions
  */
@@ -873,19 +1069,29 @@ auto sum(R &&r, F &&f) {
 
 /**
  * @brief What a search callback can do: read the values of the solution it
- * is about and add cuts to the search.  Only valid during the callback.
+ * is about and add cuts to the search.  Valid only during the callback.
  */
 class callback_context {
  public:
-  /// Value of @p v in the solution the callback is about.  Throws kvtl::error.
+  /// @brief A variable's value in the solution the callback is about.
+  /// @param v the variable
+  /// @return its value
+  /// @throws kvtl::error as variable::value
   [[nodiscard]] double value(variable v) const { return v.value(); }
-  /// Value of @p e in the solution the callback is about.  Throws kvtl::error.
+  /// @brief An expression's value in the solution the callback is about.
+  /// @param e the expression
+  /// @return its value
+  /// @throws kvtl::error as variable::value
   [[nodiscard]] double value(const linear_expr &e) const { return e.value(); }
-  /// Add the cut @p r (type number @p id) to the search: valid for the
-  /// whole tree, applied wherever a solution violates it.  Throws kvtl::error.
+  /// @brief Add a cut to the search: valid for the whole tree, applied
+  /// wherever a solution violates it.
+  /// @param r the cut (leq, geq or eq)
+  /// @param id its type number
+  /// @throws kvtl::error 1535 for a relation of another type
   void add_cut(const linear_relation &r, int id = 0) const;
-  /// Ask the search to stop at the next opportunity; the optimisation then
-  /// throws kvtl::error 1524 (engine error 13) and keeps the best solution.
+  /// @brief Ask the search to stop at the next opportunity; the optimisation
+  /// then throws kvtl::error 1524 (engine error 13) and keeps the best
+  /// solution found so far.
   void stop_search() noexcept { stop_ = true; }
 
  private:
@@ -901,35 +1107,43 @@ class callback_context {
  * Creating the first problem starts the library (once for the process; it
  * is finished at exit).  Movable, not copyable; the destructor deletes the
  * problem.  A moved-from problem may only be destroyed or assigned to; any
- * other call throws std::logic_error.
+ * other call throws std::logic_error.  A problem is used by one thread at a
+ * time; different problems may be used by different threads at once.
  */
 class problem {
  public:
-  /// Handler of the search callbacks (see on_cut_manager, on_candidate).
+  /// Cut manager: called with the relaxation solution of the search's nodes.
   using cut_manager_fn = std::function<void(callback_context &)>;
-  /// Candidate handler: return true to reject the solution.
+  /// Candidate handler: called with every integer solution; true rejects it.
   using candidate_fn = std::function<bool(callback_context &)>;
 
   /**
-   * @brief Create a problem named @p name (empty: a generated name).
-   *
-   * The name is the base of the engine's side files.  Throws kvtl::error
-   * (1561 when the library cannot start).
+   * @brief Create a problem, made the calling thread's current problem.
+   * @param name its name, the base of the engine's side files (empty: a
+   *        generated name)
+   * @throws kvtl::error 1561 when the library cannot start
    */
   explicit problem(const std::string &name = "") : state_(std::make_unique<state>()) {
     detail::start_library();
-    MDLprob p = detail::checked("mdlnewprob", [&] { return mdlnewprob(name.empty() ? nullptr : name.c_str()); },
+    MDLprob p = detail::checked("mdlnewprob", [&] { return mdlnewprob(detail::c_name(name)); },
                                 detail::is_null<mdl_problem>);
     state_->prob = p;
     mdldefcberr_prob(p, detail::error_trampoline, static_cast<detail::problem_state *>(state_.get()));
   }
-  /// Delete the problem (errors while deleting are ignored).
+  /// @brief Delete the problem and everything created on it.
   ~problem() { release(); }
+  /// @brief Not copyable.
   problem(const problem &) = delete;
+  /// @brief Not copyable.
+  /// @return never
   problem &operator=(const problem &) = delete;
-  /// Take over @p other's problem; @p other becomes moved-from.
+  /// @brief Take over another problem, which becomes moved-from.
+  /// @param other the problem taken over
   problem(problem &&other) noexcept = default;
-  /// Delete this problem and take over @p other's.
+  /// @brief Delete this problem and take over another, which becomes
+  /// moved-from.
+  /// @param other the problem taken over
+  /// @return this problem
   problem &operator=(problem &&other) noexcept {
     if (this != &other) {
       release();
@@ -938,24 +1152,34 @@ class problem {
     return *this;
   }
 
-  /// The C handle (null when moved-from).
+  /// @brief The C handle, for the C functions this header does not wrap.
+  /// @return the handle, null when moved-from
   [[nodiscard]] MDLprob handle() const noexcept { return state_ ? state_->prob : nullptr; }
-  /// The engine problem, for engine controls the library does not set.
+  /// @brief The engine problem, for engine controls and attributes.
+  /// @return the engine problem
+  /// @throws std::logic_error when moved-from
   [[nodiscard]] MDLkvslprob engine() const { return mdlgetkvslprob_prob(get()); }
-  /// The problem's name (its file base).  Throws kvtl::error.
+  /// @brief The problem's name.
+  /// @return its name (its file base)
+  /// @throws kvtl::error
   [[nodiscard]] std::string name() const {
-    return detail::checked("mdlgetprobname", [&] { return mdlgetprobname_prob(get()); },
-                           detail::is_null<const char>);
+    MDLprob p = get();
+    return detail::checked("mdlgetprobname", [&] { return mdlgetprobname_prob(p); }, detail::is_null<const char>);
   }
 
-  /// Message level: 0 silent, 1 errors, 2 warnings, 3 solver log (default),
-  /// 4 and more status texts.  Throws kvtl::error.
+  /// @brief Set the message level.
+  /// @param level 0 silent, 1 errors, 2 warnings, 3 solver log (default), 4
+  ///        and more status texts
+  /// @throws kvtl::error
   void set_message_level(int level) {
-    detail::checked("mdlsetmsglevel", [&] { return mdlsetmsglevel_prob(get(), level); }, detail::nonzero);
+    MDLprob p = get();
+    detail::checked("mdlsetmsglevel", [&] { return mdlsetmsglevel_prob(p, level); }, detail::nonzero);
   }
-  /// Send the problem's output (reports, solver log, message lines) to
-  /// @p fn instead of standard output; an empty function restores it.
-  /// Exceptions thrown by @p fn leave the call that printed.
+  /// @brief Send the problem's output (reports, solver log, message lines)
+  /// to a function instead of standard output.
+  /// @param fn the function, called with each text; an empty one restores
+  ///        standard output.  What it throws leaves the call that printed.
+  /// @throws std::logic_error when moved-from
   void on_message(std::function<void(std::string_view)> fn) {
     MDLprob p = get();
     state_->on_message = std::move(fn);
@@ -964,8 +1188,11 @@ class problem {
     else
       mdldefcbmsg_prob(p, nullptr, nullptr);
   }
-  /// Call @p fn(number, text) for every warning the library reports on the
-  /// problem.  Exceptions thrown by @p fn leave the call that warned.
+  /// @brief Handle the warnings the library reports on the problem.
+  /// @param fn called with the message number and text of each warning (an
+  ///        empty one drops them).  What it throws leaves the call that
+  ///        warned.
+  /// @throws std::logic_error when moved-from
   void on_warning(std::function<void(int, std::string_view)> fn) {
     get();
     state_->on_warning = std::move(fn);
@@ -976,18 +1203,26 @@ class problem {
    * @param name its name (empty: a generated one); made unique
    * @param type its type
    * @param lb, ub its bounds (a binary's are clamped to [0, 1])
-   * @return the variable.  Throws kvtl::error.
+   * @return the variable
+   * @throws kvtl::error 1530 when lb > ub, 1502 without memory
    */
   variable add_variable(const std::string &name = "", var_type type = var_type::continuous, double lb = 0,
                         double ub = infinity) {
     MDLprob p = get();
     return variable(detail::checked(
-        "mdlnewvar", [&] { return mdlnewvar_prob(p, name.empty() ? nullptr : name.c_str(), static_cast<int>(type), lb, ub); },
+        "mdlnewvar", [&] { return mdlnewvar_prob(p, detail::c_name(name), static_cast<int>(type), lb, ub); },
         detail::is_null<mdl_var>));
   }
-  /// A new binary variable named @p name.  Throws kvtl::error.
+  /// @brief A new binary variable.
+  /// @param name its name (empty: a generated one)
+  /// @return the variable
+  /// @throws kvtl::error 1502 without memory
   variable add_binary(const std::string &name = "") { return add_variable(name, var_type::binary, 0, 1); }
-  /// A new integer variable within [@p lb, @p ub].  Throws kvtl::error.
+  /// @brief A new integer variable.
+  /// @param name its name (empty: a generated one)
+  /// @param lb, ub its bounds
+  /// @return the variable
+  /// @throws kvtl::error 1530 when lb > ub, 1502 without memory
   variable add_integer(const std::string &name = "", double lb = 0, double ub = infinity) {
     return add_variable(name, var_type::integer, lb, ub);
   }
@@ -996,178 +1231,270 @@ class problem {
    * @brief A new constraint from a relation (`p.add_constraint(x + y <= 4, "cap")`).
    * @param r the relation, linear or quadratic
    * @param name its name (empty: a generated one)
-   * @return the constraint.  Throws kvtl::error.
+   * @return the constraint; when a term cannot be added none is made
+   * @throws kvtl::error 1502 without memory
    */
   constraint add_constraint(const quad_relation &r, const std::string &name = "") {
     MDLprob p = get();
-    MDLctr c = detail::checked(
-        "mdlnewctr", [&] { return mdlnewctr_prob(p, name.empty() ? nullptr : name.c_str(), static_cast<int>(r.type)); },
-        detail::is_null<mdl_ctr>);
-    fill(c, r.expr);
+    MDLctr c = detail::checked("mdlnewctr",
+                               [&] { return mdlnewctr_prob(p, detail::c_name(name), static_cast<int>(r.type)); },
+                               detail::is_null<mdl_ctr>);
+    try {
+      fill(c, r.expr);
+    } catch (...) {
+      mdldelctr(c);
+      throw;
+    }
     return constraint(c);
   }
   /**
-   * @brief A new constraint "@p e @p type 0" (`add_constraint(cost, ctr_type::nonbinding, "cost")`
-   * states a free row, for instance an objective to be chosen by set_objective(constraint)).
+   * @brief A new constraint "e type 0"; with ctr_type::nonbinding a free
+   * row, for instance an objective chosen by set_objective(constraint).
    * @param e the expression (terms plus constant)
    * @param type nonbinding, leq, geq or eq
    * @param name its name (empty: a generated one)
-   * @return the constraint.  Throws kvtl::error (1535 for another type).
+   * @return the constraint
+   * @throws kvtl::error 1535 for another type, 1502 without memory
    */
   constraint add_constraint(const quad_expr &e, ctr_type type, const std::string &name = "") {
     return add_constraint(quad_relation(e, type), name);
   }
-  /// A new range constraint @p lower <= @p e <= @p upper.  Throws kvtl::error.
+  /**
+   * @brief A new range constraint lower <= e <= upper.
+   * @param e the expression
+   * @param lower, upper the limits
+   * @param name its name (empty: a generated one)
+   * @return the constraint
+   * @throws kvtl::error 1536 when lower > upper, 1502 without memory
+   */
   constraint add_range(const linear_expr &e, double lower, double upper, const std::string &name = "") {
-    linear_expr terms = e - e.constant();
-    constraint c = add_constraint(terms <= 0.0, name);
-    c.set_range(lower - e.constant(), upper - e.constant());
+    constraint c = add_constraint(e - e.constant() <= 0.0, name);
+    try {
+      c.set_range(lower - e.constant(), upper - e.constant());
+    } catch (...) {
+      mdldelctr(c.handle());
+      throw;
+    }
     return c;
   }
-  /// Delete a constraint with its terms.  Throws kvtl::error.
+  /// @brief Delete a constraint with its terms.
+  /// @param c the constraint
+  /// @throws kvtl::error 1507 for no constraint
   void remove(constraint c) {
     get();
     detail::checked("mdldelctr", [&] { return mdldelctr(c.handle()); }, detail::nonzero);
   }
 
-  /// Make @p e the objective, optimised in sense @p s by solve().  Throws kvtl::error.
+  /// @brief Make an expression the objective and store its sense.
+  /// @param e the objective (linear or quadratic, constant included)
+  /// @param s the sense solve() optimises in
+  /// @throws kvtl::error 1502 without memory
   void set_objective(const quad_expr &e, sense s = sense::minimize) {
     MDLprob p = get();
     expr_handle x = make_expr(e);
     detail::checked("mdlsetobjexpr", [&] { return mdlsetobjexpr(p, x.get()); }, [](int rc) { return rc != 1; });
     set_sense(s);
   }
-  /// Make the constraint @p c (type nonbinding) the objective.  Throws kvtl::error.
+  /// @brief Make a constraint the objective.
+  /// @param c a constraint of type nonbinding
+  /// @throws kvtl::error
   void set_objective(constraint c) {
     MDLprob p = get();
     detail::checked("mdlsetobj", [&] { return mdlsetobj_prob(p, c.handle()); }, detail::nonzero);
   }
-  /// Store the objective sense.  Throws kvtl::error.
+  /// @brief Store the objective sense.
+  /// @param s the sense solve() optimises in
+  /// @throws kvtl::error
   void set_sense(sense s) {
     MDLprob p = get();
-    detail::checked("mdlsetsense", [&] { return mdlsetsense_prob(p, s == sense::maximize ? 1 : 0); }, detail::nonzero);
+    detail::checked("mdlsetsense", [&] { return mdlsetsense_prob(p, s == sense::maximize ? 1 : 0); },
+                    detail::nonzero);
   }
-  /// The stored objective sense.  Throws kvtl::error.
+  /// @brief The stored objective sense.
+  /// @return the sense
+  /// @throws kvtl::error
   [[nodiscard]] sense get_sense() const {
     MDLprob p = get();
-    int s = detail::checked("mdlgetsense", [&] { return mdlgetsense_prob(p); }, [](int v) { return v < 0; });
+    int s = detail::checked("mdlgetsense", [&] { return mdlgetsense_prob(p); }, detail::negative);
     return s == 1 ? sense::maximize : sense::minimize;
   }
 
-  /// A new special ordered set of type @p t whose members are the linear
-  /// terms of @p weights (coefficients are the weights).  Throws kvtl::error.
+  /**
+   * @brief A new special ordered set.
+   * @param t its type
+   * @param weights its members: the linear terms, coefficients the weights
+   * @param name its name (empty: a generated one)
+   * @return the set; when a member cannot be added none is made
+   * @throws kvtl::error 1545 for a type out of range, 1502 without memory
+   */
   sos add_sos(sos_type t, const linear_expr &weights, const std::string &name = "") {
     MDLprob p = get();
-    sos s(detail::checked("mdlnewsos", [&] { return mdlnewsos_prob(p, name.empty() ? nullptr : name.c_str(), static_cast<int>(t)); },
+    sos s(detail::checked("mdlnewsos", [&] { return mdlnewsos_prob(p, detail::c_name(name), static_cast<int>(t)); },
                           detail::is_null<mdl_sos>));
-    for (const linear_term &m : weights.terms()) s.add(m.var, m.coef);
+    try {
+      for (const linear_term &m : weights.terms()) s.add(m.var, m.coef);
+    } catch (...) {
+      mdldelsos(s.handle());
+      throw;
+    }
     return s;
   }
 
   /**
    * @brief Minimise the objective.
-   * @param options engine option letters: "" solves an LP (or a MIP's
-   *        relaxation), "g" runs the global search of a MIP; also p, d, b, n, l
-   * Throws kvtl::error (1523 for an unknown option, 1524 when the engine
-   * fails) or what a callback threw.
+   * @param options engine option letters: "" solves an LP, a QP or a MIP's
+   *        relaxation, "g" runs the global search of a MIP; also p (primal),
+   *        d (dual), b (barrier), n, l
+   * @throws kvtl::error 1523 for an unknown option, 1524 when the engine
+   *         fails; or what a callback or handler threw
    */
   void minimize(const std::string &options = "") {
     MDLprob p = get();
     detail::checked("mdlminim", [&] { return mdlminim_prob(p, options.c_str()); }, detail::nonzero);
   }
-  /// Maximise the objective; options as minimize().  Throws kvtl::error.
+  /// @brief Maximise the objective.
+  /// @param options engine option letters, as for minimize()
+  /// @throws kvtl::error as minimize()
   void maximize(const std::string &options = "") {
     MDLprob p = get();
     detail::checked("mdlmaxim", [&] { return mdlmaxim_prob(p, options.c_str()); }, detail::nonzero);
   }
-  /// Optimise in the stored sense; options as minimize().  Throws kvtl::error.
+  /// @brief Optimise in the stored sense.
+  /// @param options engine option letters, as for minimize()
+  /// @throws kvtl::error as minimize()
   void solve(const std::string &options = "") {
     MDLprob p = get();
     detail::checked("mdlsolve", [&] { return mdlsolve_prob(p, options.c_str()); }, detail::nonzero);
   }
-  /// Solve the LP (QP) relaxation in the stored sense.  Throws kvtl::error.
+  /// @brief Solve the LP (or QP) relaxation in the stored sense.
+  /// @param options engine option letters b c d n p
+  /// @throws kvtl::error as minimize()
   void lp_optimize(const std::string &options = "") {
     MDLprob p = get();
     detail::checked("mdllpoptimize", [&] { return mdllpoptimize_prob(p, options.c_str()); }, detail::nonzero);
   }
-  /// Run the global search in the stored sense.  Throws kvtl::error.
+  /// @brief Run the global search in the stored sense.
+  /// @param options engine option letters b c d l n p
+  /// @throws kvtl::error as minimize()
   void mip_optimize(const std::string &options = "") {
     MDLprob p = get();
     detail::checked("mdlmipoptimize", [&] { return mdlmipoptimize_prob(p, options.c_str()); }, detail::nonzero);
   }
-  /// Fix the global entities at their MIP solution values (rounded when
-  /// @p round) so that an LP gives duals.  Throws kvtl::error.
+  /// @brief Fix the global entities at their MIP solution values, so that
+  /// an LP solve then gives duals and reduced costs.
+  /// @param round round the values to integers first
+  /// @throws kvtl::error
   void fix_globals(bool round = false) {
     MDLprob p = get();
     detail::checked("mdlfixglobals", [&] { return mdlfixglobals_prob(p, round ? 1 : 0); }, detail::nonzero);
   }
-  /// LP status of the last optimisation.  Throws kvtl::error.
+  /// @brief The LP status of the last optimisation.
+  /// @return the status
+  /// @throws kvtl::error
   [[nodiscard]] lp_status get_lp_status() const {
     MDLprob p = get();
     return static_cast<lp_status>(detail::checked("mdlgetlpstat", [&] { return mdlgetlpstat_prob(p); }));
   }
-  /// MIP status of the last optimisation.  Throws kvtl::error.
+  /// @brief The MIP status of the last optimisation.
+  /// @return the status
+  /// @throws kvtl::error
   [[nodiscard]] mip_status get_mip_status() const {
     MDLprob p = get();
     return static_cast<mip_status>(detail::checked("mdlgetmipstat", [&] { return mdlgetmipstat_prob(p); }));
   }
-  /// Objective value of the current solution.  Throws kvtl::error.
+  /// @brief The objective value of the current solution.
+  /// @return the value (0 with a warning without a solution)
+  /// @throws kvtl::error
   [[nodiscard]] double objective_value() const {
     MDLprob p = get();
     return detail::checked("mdlgetobjval", [&] { return mdlgetobjval_prob(p); });
   }
 
-  /// Set an integer engine control (numbers KVSL_CTRL_* of kvsl.h).
-  /// Throws kvtl::error (number 0) when the engine refuses.
+  /**
+   * @brief Offer a (partial) MIP start for the next global search.
+   * @param values variables with their values
+   * @param name its name in the engine's log (empty: unnamed)
+   * @throws kvtl::error 1502 without memory; number 0 when the model cannot
+   *         be loaded or the engine refuses the start
+   */
+  void add_mip_start(const std::vector<std::pair<variable, double>> &values, const std::string &name = "") {
+    MDLprob p = get();
+    std::unique_ptr<mdl_sol, sol_deleter> sol(
+        detail::checked("mdlnewsol", [&] { return mdlnewsol_prob(p); }, detail::is_null<mdl_sol>));
+    for (const auto &[v, x] : values)
+      detail::checked("mdlsetsolvar", [&] { return mdlsetsolvar(sol.get(), v.handle(), x); }, detail::nonzero);
+    int rc = detail::checked("mdladdmipsol", [&] { return mdladdmipsol_prob(p, sol.get(), detail::c_name(name)); });
+    if (rc != 0) throw error(0, "mdladdmipsol failed (" + std::to_string(rc) + ")");
+  }
+
+  /// @brief Set an integer engine control (KVSL_CTRL_* of kvsl.h).
+  /// @param control the control number
+  /// @param value its value
+  /// @throws kvtl::error (number 0) when the engine refuses
   void set_control(int control, int value) {
     MDLkvslprob e = engine();
     if (KVSLsetintcontrol(e, control, value) != 0)
       throw error(0, "KVSLsetintcontrol(" + std::to_string(control) + ") failed");
   }
-  /// Set a double engine control (numbers KVSL_CTRL_* of kvsl.h).
-  /// Throws kvtl::error (number 0) when the engine refuses.
+  /// @brief Set a double engine control (KVSL_CTRL_* of kvsl.h).
+  /// @param control the control number
+  /// @param value its value
+  /// @throws kvtl::error (number 0) when the engine refuses
   void set_control(int control, double value) {
     MDLkvslprob e = engine();
     if (KVSLsetdblcontrol(e, control, value) != 0)
       throw error(0, "KVSLsetdblcontrol(" + std::to_string(control) + ") failed");
   }
 
-  /// Write the model as an LP file (".lp" appended when @p file has no
-  /// extension).  Throws kvtl::error (number 0 when the file cannot be
-  /// written).
+  /// @brief Write the model as an LP file.
+  /// @param file the file name (".lp" appended when it has no extension;
+  ///        empty: the problem's name)
+  /// @throws kvtl::error (number 0 when the file cannot be written)
   void export_lp(const std::string &file) { export_model(MDL_FILE_LP, file); }
-  /// Write the model as a fixed-column MPS file (".mps" appended when
-  /// @p file has no extension).  Throws kvtl::error (number 0 when the
-  /// file cannot be written).
+  /// @brief Write the model as a fixed-column MPS file.
+  /// @param file the file name (".mps" appended when it has no extension;
+  ///        empty: the problem's name)
+  /// @throws kvtl::error (number 0 when the file cannot be written)
   void export_mps(const std::string &file) { export_model(MDL_FILE_MPS, file); }
-  /// Print the model through the problem's output.  Throws kvtl::error.
+  /// @brief Print the model through the problem's output (on_message, else
+  /// standard output).
+  /// @throws kvtl::error
   void print() {
     MDLprob p = get();
     detail::checked("mdlprintprob", [&] { return mdlprintprob_prob(p); }, detail::nonzero);
   }
 
-  /// A new cut from the linear relation @p r (leq, geq or eq) with type
-  /// number @p id; delete it with remove().  Throws kvtl::error.
+  /// @brief A new cut, kept outside the model until sent in a callback.
+  /// @param r the cut (leq, geq or eq)
+  /// @param id its type number
+  /// @return the cut; delete it with remove(cut)
+  /// @throws kvtl::error 1535 for a relation of another type
   cut add_cut(const linear_relation &r, int id = 0) { return cut(make_cut(get(), r, id)); }
-  /// Delete a cut.  Throws kvtl::error.
+  /// @brief Delete a cut.
+  /// @param c the cut
+  /// @throws kvtl::error 1509 for no cut
   void remove(cut c) {
     get();
     detail::checked("mdldelcut", [&] { return mdldelcut(c.handle()); }, detail::nonzero);
   }
-  /// Cut mode: 0 lets the engine presolve the search, 1 keeps the columns
-  /// as loaded so that cuts can be added.  Throws kvtl::error.
+  /// @brief Set the cut mode.
+  /// @param mode 0 lets the engine presolve the search, 1 keeps the columns
+  ///        as loaded so that cuts can be added
+  /// @throws kvtl::error
   void set_cut_mode(int mode) {
     MDLprob p = get();
     detail::checked("mdlsetcutmode", [&] { return mdlsetcutmode_prob(p, mode); }, detail::nonzero);
   }
 
   /**
-   * @brief Call @p fn at the root and the nodes of the global search with
-   * the node's relaxation solution; cuts it adds go into the node.
+   * @brief Take part in the global search as its cut manager: called at the
+   * root and the nodes with the node's relaxation solution; the cuts it
+   * adds go into the node, which is solved again.
    *
-   * Sets cut mode 1.  An exception thrown by @p fn stops the search and
-   * leaves the optimisation call.  An empty function removes the callback.
-   * Needs the engine library (kvtl::kvsl).  Throws kvtl::error.
+   * Sets cut mode 1.  What @p fn throws stops the search and leaves the
+   * optimisation call.  Needs the engine library (kvtl::kvsl).
+   * @param fn the cut manager (empty: remove it)
+   * @throws kvtl::error when the engine refuses
    */
   void on_cut_manager(cut_manager_fn fn) {
     MDLkvslprob e = engine();
@@ -1177,11 +1504,13 @@ class problem {
       throw error(0, "KVSLsetcbcutmgr failed");
   }
   /**
-   * @brief Call @p fn with every integer solution before the search accepts
-   * it; returning true rejects it (add cuts that cut it off).
+   * @brief See every integer solution before the search accepts it; a
+   * rejected one never becomes the incumbent (add cuts that cut it off).
    *
-   * Sets cut mode 1.  An exception thrown by @p fn stops the search and
-   * leaves the optimisation call.  Needs kvtl::kvsl.  Throws kvtl::error.
+   * Sets cut mode 1.  What @p fn throws stops the search and leaves the
+   * optimisation call.  Needs the engine library (kvtl::kvsl).
+   * @param fn returns true to reject the solution (empty: remove it)
+   * @throws kvtl::error when the engine refuses
    */
   void on_candidate(candidate_fn fn) {
     MDLkvslprob e = engine();
@@ -1192,12 +1521,16 @@ class problem {
   }
 
  private:
+  friend class callback_context;
   struct state : detail::problem_state {
     cut_manager_fn cut_manager;
     candidate_fn candidate;
   };
   struct expr_deleter {
     void operator()(mdl_expr *e) const noexcept { mdldelexpr(e); }
+  };
+  struct sol_deleter {
+    void operator()(mdl_sol *s) const noexcept { mdldelsol(s); }
   };
   using expr_handle = std::unique_ptr<mdl_expr, expr_deleter>;
 
@@ -1242,7 +1575,6 @@ class problem {
                       detail::nonzero);
     return x;
   }
-  friend class callback_context;
   // A new cut of the problem from a linear relation.
   static MDLcut make_cut(MDLprob p, const linear_relation &r, int id) {
     MDLcut c = detail::checked("mdlnewcut", [&] { return mdlnewcut_prob(p, static_cast<int>(r.type), id); },
