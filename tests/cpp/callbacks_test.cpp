@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -143,6 +144,53 @@ TEST_F(CppCallbacks, StopSearchIsTheEngineError) {
     EXPECT_EQ(e.number(), 1524);
     EXPECT_STREQ(e.what(), "(maxim) Korvex-Optimizer error 13 during 'maxim'. Return value: 13.");
   }
+}
+
+// A start offered before the search is its first incumbent; an infeasible
+// one is reported by the engine, which reaches the warning handler.
+TEST_F(CppCallbacks, MipStartsAndTheirReports) {
+  std::string log;
+  std::vector<std::pair<int, std::string>> warnings;
+  p.set_message_level(3);
+  p.on_message([&](std::string_view text) { log += text; });
+  p.on_warning([&](int n, std::string_view t) { warnings.emplace_back(n, std::string(t)); });
+  p.add_mip_start({{a, 1}, {b, 1}, {c, 0}}, "best");
+  p.add_mip_start({{a, 1}, {b, 1}, {c, 1}}, "bad");
+  p.solve("g");
+  EXPECT_NEAR(p.objective_value(), 9, tol);
+  EXPECT_NE(log.find("MIP start best is the incumbent: objective 9"), std::string::npos) << log;
+  ASSERT_EQ(warnings.size(), 1u);
+  EXPECT_EQ(warnings[0].first, 1570);
+  EXPECT_EQ(warnings[0].second, "KVSL: MIP start bad is infeasible and is ignored.");
+}
+
+// Problems of different threads keep their errors apart.
+TEST(CppThreads, EachThreadGetsItsOwnErrorsAndAnswers) {
+  auto work = [](double cap, double *result, int *number) {
+    problem q;
+    q.set_message_level(0);
+    variable x = q.add_variable("x", kvtl::var_type::continuous, 0, 100);
+    q.add_constraint(2 * x <= cap, "cap");
+    q.set_objective(1.0 * x, kvtl::sense::maximize);
+    for (int round = 0; round < 20; ++round) {
+      q.solve();
+      *result = x.value();
+      try {
+        x.set_lb(200 + round);
+      } catch (const kvtl::error &e) {
+        *number = e.number();
+      }
+    }
+  };
+  double r1 = 0, r2 = 0;
+  int n1 = 0, n2 = 0;
+  std::thread t1(work, 10.0, &r1, &n1), t2(work, 30.0, &r2, &n2);
+  t1.join();
+  t2.join();
+  EXPECT_NEAR(r1, 5, tol);
+  EXPECT_NEAR(r2, 15, tol);
+  EXPECT_EQ(n1, 1530);
+  EXPECT_EQ(n2, 1530);
 }
 
 TEST(CppMessages, OutputGoesToTheHandlerAndItsExceptionsLeave) {

@@ -329,6 +329,28 @@ TEST(CppExpressions, OperatorsBuildTheExpectedTerms) {
   q *= -1;
   EXPECT_EQ(q.linear().terms()[0].coef, -3);
   EXPECT_EQ(q.quad_terms()[0].coef, -1);
+  // Every pairing of linear and quadratic sides makes a relation.
+  kvtl::linear_relation two_vars = x <= y;
+  EXPECT_EQ(two_vars.expr.terms().size(), 2u);
+  kvtl::quad_relation q1 = x * y == 1;
+  kvtl::quad_relation q2 = 1 >= x * y;
+  kvtl::quad_relation q3 = x * x + y * y <= 2 * x;
+  kvtl::quad_relation q4 = x * x >= y * y;
+  EXPECT_EQ(q1.type, kvtl::ctr_type::eq);
+  EXPECT_EQ(q1.expr.linear().constant(), -1);
+  EXPECT_EQ(q2.type, kvtl::ctr_type::geq);
+  EXPECT_EQ(q2.expr.quad_terms()[0].coef, -1);
+  EXPECT_EQ(q3.expr.linear().terms()[0].coef, -2);
+  EXPECT_EQ(q4.expr.quad_terms().size(), 2u);
+  EXPECT_EQ((x / 2).terms()[0].coef, 0.5);
+  EXPECT_EQ((-(x * y) / 4).quad_terms()[0].coef, -0.25);
+  // Sums over plain arrays, vectors of expressions and of quadratic terms.
+  variable arr[2] = {x, y};
+  EXPECT_EQ(sum(arr).terms().size(), 2u);
+  std::vector<kvtl::linear_expr> parts{x + 1, 2 * y + 2};
+  EXPECT_EQ(sum(parts).constant(), 3);
+  std::vector<kvtl::quad_expr> squares{x * x, y * y};
+  EXPECT_EQ(sum(squares).quad_terms().size(), 2u);
   // A constraint from the relation holds the terms and the rhs.
   kvtl::constraint c = p.add_constraint(r, "r");
   EXPECT_EQ(c.rhs(), 10);
