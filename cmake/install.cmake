@@ -1,5 +1,6 @@
-# Install rules: the headers (C and C++), both libraries with their soname links, the
-# CMake package kvtl (targets kvtl::kvtl, kvtl::kvsl) and the pkg-config file.
+# Install rules: the headers (C and C++), both libraries with their soname
+# links, the CMake package kvtl (targets kvtl::kvtl, kvtl::kvsl) and the
+# pkg-config file.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 

@@ -289,29 +289,48 @@ inline void start_library() { static library_guard guard; }
 /// @endcond
 
 /**
+ * @brief What the handles of model objects share: the C handle they wrap,
+ * a test for naming an object and comparison by identity.
+ * @tparam H the C handle type
+ */
+template <class H>
+class basic_handle {
+ public:
+  /// @brief The C handle, for the C functions this header does not wrap.
+  /// @return the handle, null for none
+  [[nodiscard]] H handle() const noexcept { return h_; }
+  /// @brief Whether the handle names an object.
+  /// @return true for a non-null handle
+  explicit operator bool() const noexcept { return h_ != nullptr; }
+  /// @brief Whether two handles name the same object.
+  /// @param a, b the handles
+  /// @return true for the same object
+  friend bool operator==(const basic_handle &a, const basic_handle &b) = default;
+
+ protected:
+  /// @brief A handle naming nothing.
+  basic_handle() = default;
+  /// @brief The handle of a C object.
+  /// @param h the C handle
+  explicit basic_handle(H h) noexcept : h_(h) {}
+  /// The C handle.
+  H h_ = nullptr;
+};
+
+/**
  * @brief A decision variable of a problem (a non-owning handle).
  *
  * Compares by identity with ==; usable as a map key.  A default-constructed
  * handle names no variable: calls on it throw kvtl::error 1505.  Handles
  * stay valid while their problem lives.
  */
-class variable {
+class variable : public basic_handle<MDLvar> {
  public:
   /// @brief A handle naming no variable.
   variable() = default;
   /// @brief The handle of a C variable.
   /// @param v the C handle
-  explicit variable(MDLvar v) noexcept : h_(v) {}
-  /// @brief The C handle.
-  /// @return the handle, null for none
-  [[nodiscard]] MDLvar handle() const noexcept { return h_; }
-  /// @brief Whether the handle names a variable.
-  /// @return true for a non-null handle
-  explicit operator bool() const noexcept { return h_ != nullptr; }
-  /// @brief Whether two handles name the same variable.
-  /// @param a, b the handles
-  /// @return true for the same variable
-  friend bool operator==(variable a, variable b) = default;
+  explicit variable(MDLvar v) noexcept : basic_handle(v) {}
 
   /// @brief The name.
   /// @return the name, or the generated name of an unnamed variable
@@ -425,9 +444,6 @@ class variable {
     return {get(MDL_RNG_UPACT), get(MDL_RNG_LOACT), get(MDL_RNG_UUP),
             get(MDL_RNG_UDN),   get(MDL_RNG_UCOST), get(MDL_RNG_LCOST)};
   }
-
- private:
-  MDLvar h_ = nullptr;
 };
 
 /**
@@ -436,23 +452,13 @@ class variable {
  * Compares by identity with ==; usable as a map key.  Valid until removed
  * (problem::remove) or until its problem is destroyed.
  */
-class constraint {
+class constraint : public basic_handle<MDLctr> {
  public:
   /// @brief A handle naming no constraint.
   constraint() = default;
   /// @brief The handle of a C constraint.
   /// @param c the C handle
-  explicit constraint(MDLctr c) noexcept : h_(c) {}
-  /// @brief The C handle.
-  /// @return the handle, null for none
-  [[nodiscard]] MDLctr handle() const noexcept { return h_; }
-  /// @brief Whether the handle names a constraint.
-  /// @return true for a non-null handle
-  explicit operator bool() const noexcept { return h_ != nullptr; }
-  /// @brief Whether two handles name the same constraint.
-  /// @param a, b the handles
-  /// @return true for the same constraint
-  friend bool operator==(constraint a, constraint b) = default;
+  explicit constraint(MDLctr c) noexcept : basic_handle(c) {}
 
   /// @brief The name.
   /// @return the name, or the generated name of an unnamed constraint
@@ -546,9 +552,6 @@ class constraint {
     auto get = [&](int code) { return detail::checked("mdlgetctrrng", [&] { return mdlgetctrrng(h_, code); }); };
     return {get(MDL_RNG_UPACT), get(MDL_RNG_LOACT), get(MDL_RNG_UUP), get(MDL_RNG_UDN)};
   }
-
- private:
-  MDLctr h_ = nullptr;
 };
 
 /**
@@ -556,23 +559,13 @@ class constraint {
  *
  * Compares by identity with ==; usable as a map key.
  */
-class sos {
+class sos : public basic_handle<MDLsos> {
  public:
   /// @brief A handle naming no set.
   sos() = default;
   /// @brief The handle of a C set.
   /// @param s the C handle
-  explicit sos(MDLsos s) noexcept : h_(s) {}
-  /// @brief The C handle.
-  /// @return the handle, null for none
-  [[nodiscard]] MDLsos handle() const noexcept { return h_; }
-  /// @brief Whether the handle names a set.
-  /// @return true for a non-null handle
-  explicit operator bool() const noexcept { return h_ != nullptr; }
-  /// @brief Whether two handles name the same set.
-  /// @param a, b the handles
-  /// @return true for the same set
-  friend bool operator==(sos a, sos b) = default;
+  explicit sos(MDLsos s) noexcept : basic_handle(s) {}
   /// @brief The name.
   /// @return the name, or the generated name of an unnamed set
   /// @throws kvtl::error for no set
@@ -600,9 +593,6 @@ class sos {
     detail::checked("mdlsetsosdir", [&] { return mdlsetsosdir(h_, static_cast<int>(kind), value); },
                     detail::nonzero);
   }
-
- private:
-  MDLsos h_ = nullptr;
 };
 
 /**
@@ -611,23 +601,13 @@ class sos {
  *
  * Compares by identity with ==; usable as a map key.
  */
-class cut {
+class cut : public basic_handle<MDLcut> {
  public:
   /// @brief A handle naming no cut.
   cut() = default;
   /// @brief The handle of a C cut.
   /// @param c the C handle
-  explicit cut(MDLcut c) noexcept : h_(c) {}
-  /// @brief The C handle.
-  /// @return the handle, null for none
-  [[nodiscard]] MDLcut handle() const noexcept { return h_; }
-  /// @brief Whether the handle names a cut.
-  /// @return true for a non-null handle
-  explicit operator bool() const noexcept { return h_ != nullptr; }
-  /// @brief Whether two handles name the same cut.
-  /// @param a, b the handles
-  /// @return true for the same cut
-  friend bool operator==(cut a, cut b) = default;
+  explicit cut(MDLcut c) noexcept : basic_handle(c) {}
   /// @brief The cut's type number.
   /// @return the number given when it was made
   /// @throws kvtl::error 1509 for no cut
@@ -646,51 +626,42 @@ class cut {
   [[nodiscard]] double rhs() const {
     return detail::checked("mdlgetcutrhs", [&] { return mdlgetcutrhs(h_); });
   }
-
- private:
-  MDLcut h_ = nullptr;
 };
 
 }  // namespace kvtl
 
 /// @cond KVTL_STD_SPECIALISATIONS
 // Handles hash and order by address, for the standard containers.
-template <>
-struct std::hash<kvtl::variable> {
-  std::size_t operator()(kvtl::variable v) const noexcept { return std::hash<MDLvar>{}(v.handle()); }
-};
-template <>
-struct std::less<kvtl::variable> {
-  bool operator()(kvtl::variable a, kvtl::variable b) const noexcept {
-    return std::less<MDLvar>{}(a.handle(), b.handle());
+namespace kvtl::detail {
+struct handle_hash {
+  template <class T>
+  std::size_t operator()(const basic_handle<T> &h) const noexcept {
+    return std::hash<T>{}(h.handle());
   }
 };
-template <>
-struct std::hash<kvtl::constraint> {
-  std::size_t operator()(kvtl::constraint c) const noexcept { return std::hash<MDLctr>{}(c.handle()); }
-};
-template <>
-struct std::less<kvtl::constraint> {
-  bool operator()(kvtl::constraint a, kvtl::constraint b) const noexcept {
-    return std::less<MDLctr>{}(a.handle(), b.handle());
+struct handle_less {
+  template <class T>
+  bool operator()(const basic_handle<T> &a, const basic_handle<T> &b) const noexcept {
+    return std::less<T>{}(a.handle(), b.handle());
   }
 };
+}  // namespace kvtl::detail
 template <>
-struct std::hash<kvtl::sos> {
-  std::size_t operator()(kvtl::sos s) const noexcept { return std::hash<MDLsos>{}(s.handle()); }
-};
+struct std::hash<kvtl::variable> : kvtl::detail::handle_hash {};
 template <>
-struct std::less<kvtl::sos> {
-  bool operator()(kvtl::sos a, kvtl::sos b) const noexcept { return std::less<MDLsos>{}(a.handle(), b.handle()); }
-};
+struct std::less<kvtl::variable> : kvtl::detail::handle_less {};
 template <>
-struct std::hash<kvtl::cut> {
-  std::size_t operator()(kvtl::cut c) const noexcept { return std::hash<MDLcut>{}(c.handle()); }
-};
+struct std::hash<kvtl::constraint> : kvtl::detail::handle_hash {};
 template <>
-struct std::less<kvtl::cut> {
-  bool operator()(kvtl::cut a, kvtl::cut b) const noexcept { return std::less<MDLcut>{}(a.handle(), b.handle()); }
-};
+struct std::less<kvtl::constraint> : kvtl::detail::handle_less {};
+template <>
+struct std::hash<kvtl::sos> : kvtl::detail::handle_hash {};
+template <>
+struct std::less<kvtl::sos> : kvtl::detail::handle_less {};
+template <>
+struct std::hash<kvtl::cut> : kvtl::detail::handle_hash {};
+template <>
+struct std::less<kvtl::cut> : kvtl::detail::handle_less {};
 /// @endcond
 
 namespace kvtl {
