@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <exception>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <ranges>
 #include <span>
@@ -1010,10 +1011,23 @@ auto sum(R &&r) {
     for (auto &&x : r) e += linear_expr(x);
     return e;
   } else {
+    static_assert(std::is_convertible_v<V, quad_expr>,
+                  "kvtl::sum: the elements must be variables, numbers or expressions");
     quad_expr e;
     for (auto &&x : r) e += quad_expr(x);
     return e;
   }
+}
+
+/**
+ * @brief The sum of a braced list (`sum({x, y, 2 * z})`).
+ * @param terms variables, numbers or linear expressions
+ * @return their sum
+ */
+inline linear_expr sum(std::initializer_list<linear_expr> terms) {
+  linear_expr e;
+  for (const linear_expr &t : terms) e += t;
+  return e;
 }
 
 /**
@@ -1032,6 +1046,8 @@ auto sum(R &&r, F &&f) {
     for (auto &&x : r) e += linear_expr(f(x));
     return e;
   } else {
+    static_assert(std::is_convertible_v<V, quad_expr>,
+                  "kvtl::sum: the function must give variables, numbers or expressions");
     quad_expr e;
     for (auto &&x : r) e += quad_expr(f(x));
     return e;

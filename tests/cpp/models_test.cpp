@@ -349,6 +349,9 @@ TEST(CppExpressions, OperatorsBuildTheExpectedTerms) {
   EXPECT_EQ(sum(arr).terms().size(), 2u);
   std::vector<kvtl::linear_expr> parts{x + 1, 2 * y + 2};
   EXPECT_EQ(sum(parts).constant(), 3);
+  kvtl::linear_expr listed = sum({x, y, 2 * x + 1});
+  EXPECT_EQ(listed.terms().size(), 3u);
+  EXPECT_EQ(listed.constant(), 1);
   std::vector<kvtl::quad_expr> squares{x * x, y * y};
   EXPECT_EQ(sum(squares).quad_terms().size(), 2u);
   // A constraint from the relation holds the terms and the rhs.
