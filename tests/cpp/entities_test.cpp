@@ -8,6 +8,7 @@
 #include <unordered_set>
 #include <utility>
 
+#include "cpp/expect_error.h"
 #include "kvtl.hpp"
 
 namespace {
@@ -147,19 +148,8 @@ TEST(CppEntities, EngineControls) {
   problem p = quiet();
   p.set_control(KVSL_CTRL_MIPRELGAP, 0.0);
   p.set_control(KVSL_CTRL_THREADS, 1);
-  try {
-    p.set_control(9999, 1);
-    ADD_FAILURE() << "no exception";
-  } catch (const kvtl::error &e) {
-    EXPECT_EQ(e.number(), 0);
-    EXPECT_STREQ(e.what(), "KVSLsetintcontrol(9999) failed");
-  }
-  try {
-    p.set_control(9999, 0.5);
-    ADD_FAILURE() << "no exception";
-  } catch (const kvtl::error &e) {
-    EXPECT_STREQ(e.what(), "KVSLsetdblcontrol(9999) failed");
-  }
+  cpptest::expect_error([&] { p.set_control(9999, 1); }, 0, "KVSLsetintcontrol(9999) failed");
+  cpptest::expect_error([&] { p.set_control(9999, 0.5); }, 0, "KVSLsetdblcontrol(9999) failed");
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "cpp/expect_error.h"
 #include "kvtl.hpp"
 
 namespace {
@@ -16,17 +17,7 @@ namespace {
 using kvtl::problem;
 using kvtl::variable;
 
-// Runs f, which must throw kvtl::error number with exactly text.
-template <class F>
-void expect_error(F &&f, int number, const std::string &text) {
-  try {
-    f();
-    ADD_FAILURE() << "no exception, expected " << number << " " << text;
-  } catch (const kvtl::error &e) {
-    EXPECT_EQ(e.number(), number) << e.what();
-    EXPECT_EQ(std::string(e.what()), text);
-  }
-}
+using cpptest::expect_error;
 
 class CppErrors : public ::testing::Test {
  protected:
