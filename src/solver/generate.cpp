@@ -568,23 +568,36 @@ bool generator::load_extras() {
 
 // Hand the names of `count` objects to the engine as one buffer of texts,
 // each ended by its zero byte; name_at(i, buf) gives the i-th name and is
-// called for i = 0, 1, ... twice over (measuring, then copying).
+// called for i = 0, 1, ... in turn.  The buffer is sized from the longest
+// name entered (or a generated name), so one walk over the objects fills
+// it; a name that would not fit (none should) makes a second walk that
+// measures every name first.
 template <class F>
 bool add_names(MDLprob prob, int type, int count, F &&name_at) {
-  size_t bytes = 0;
+  constexpr size_t generated_max = 18;   // "x" and 16 hex digits
+  const size_t slot = std::max(static_cast<size_t>(std::max(prob->maxnamelen, 0)), generated_max) + 1;
   char tmp[24];
-  for (int i = 0; i < count; ++i) bytes += strlen(name_at(i, tmp)) + 1;
   hook_block buffer;
-  if (!buffer.allocate(bytes)) {
-    mdlerror(prob, MDL_E_NOMEM);
-    return false;
-  }
-  char *p = buffer.get();
-  for (int i = 0; i < count; ++i) {
-    const char *name = name_at(i, tmp);
-    size_t len = strlen(name) + 1;
-    memcpy(p, name, len);
-    p += len;
+  size_t bytes = slot * static_cast<size_t>(count);
+  bool fits = true;
+  for (int pass = 0; pass < 2; ++pass) {
+    if (!buffer.allocate(bytes)) {
+      mdlerror(prob, MDL_E_NOMEM);
+      return false;
+    }
+    char *p = buffer.get();
+    const char *end = p + bytes;
+    fits = true;
+    for (int i = 0; i < count && fits; ++i) {
+      const char *name = name_at(i, tmp);
+      size_t len = strlen(name) + 1;
+      fits = len <= static_cast<size_t>(end - p);
+      if (fits) memcpy(p, name, len);
+      p += len;
+    }
+    if (fits) break;
+    bytes = 0;
+    for (int i = 0; i < count; ++i) bytes += strlen(name_at(i, tmp)) + 1;
   }
   return !engine_failed(prob, "loadmat", "addnames",
                         KVSLaddnames(prob->kvsl, type, buffer.get(), 0, count - 1));
