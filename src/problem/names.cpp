@@ -14,6 +14,7 @@
 #include <string>
 
 #include "core/runtime.h"
+#include "problem/name_format.h"
 #include "problem/problem.h"
 
 namespace kvtl {
@@ -121,7 +122,10 @@ const char *ring_format(const char **cut, const char *format, va_list ap) {
   if (static_cast<size_t>(ctx->name_cursor - ctx->name_ring) >= ring_wrap)
     ctx->name_cursor = ctx->name_ring;
   char *text = ctx->name_cursor;
-  int n = vsnprintf(text, name_max + 1, format, ap);
+  // Names are mostly text and integers: those are formatted directly, and
+  // only other formats go through the C library's vsnprintf.
+  int n = format_name(text, name_max + 1, format, ap);
+  if (n < 0) n = vsnprintf(text, name_max + 1, format, ap);
   if (n < 0 || n > name_max) {
     *cut = text;
     return nullptr;
