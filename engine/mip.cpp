@@ -256,8 +256,6 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     model.addCutGenerator(&pool, 1, "Held-out rows", true, true);
     model.cutGenerator(model.numberCutGenerators() - 1)->setMustCallAgain(true);
   }
-  // The start goes ahead of Cbc's own heuristics.
-  offer_mip_start(prob, model, presolve ? process.originalColumns() : nullptr);
   // Cbc's heuristics see neither held-out rows nor the engine's own objects:
   // a solution of theirs that violates an object is dropped by the search,
   // but its objective value has by then become the cutoff and pruned nodes
@@ -279,6 +277,8 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     add_indicator_objects(prob, model, indicator_rows, dirs);
   }
   std::shared_ptr<void> app = attach_search_callbacks(prob, model);
+  // After the callbacks: their candidate callback sees the start too.
+  std::shared_ptr<void> start = offer_mip_start(prob, model, presolve ? process.originalColumns() : nullptr);
   model.branchAndBound();
   prob->nodes += model.getNodeCount();
   prob->iterations += model.getIterationCount();
