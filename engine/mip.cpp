@@ -163,9 +163,12 @@ bool solve_root(kvsl_prob *prob, OsiClpSolverInterface &solver) {
   prob->iterations = solver.getIterationCount();
   // The dual simplex's artificial bounds on free columns can end in a
   // false optimum of an unbounded relaxation; the primal simplex from that
-  // basis confirms a true one without iterations.
+  // basis confirms a true one without iterations.  Not its values pass:
+  // that accepted such a false optimum (an unbounded model with a set over
+  // free columns went on to be called infeasible), where the ordinary
+  // primal simplex from the same basis finds the ray.
   if (root.status() == 0) {
-    root.primal(1);
+    root.primal(0);
     prob->iterations += root.numberIterations();
   }
   prob->iterations += confirm_verdict(root);
