@@ -15,6 +15,7 @@
 #include <ClpSimplex.hpp>
 #include <CoinPackedMatrix.hpp>
 
+#include "callbacks.h"
 #include "copy.h"
 #include "mipstart.h"
 #include "search.h"
@@ -124,11 +125,10 @@ double search_objective(const OsiSolverInterface &solver, const double *x) {
 
 // What the search knows of the start while it runs.
 struct start_state {
-  kvsl_prob *prob;
   CbcModel *model;       // the search itself (not a heuristic's sub-search)
+  std::vector<double> x; // in the search model's columns
   double value;          // minimising
   bool given = false;    // handed to the search (or no longer needed)
-  bool offering = false; // the solution being checked is the start
 };
 
 // The start is handed to the search as a heuristic solution once the root
@@ -140,8 +140,8 @@ struct start_state {
 // would have had anyway, and the start only prunes.
 class start_heuristic : public CbcHeuristic {
  public:
-  start_heuristic(CbcModel &model, std::vector<double> x, std::shared_ptr<start_state> st)
-      : CbcHeuristic(model), x_(std::move(x)), st_(std::move(st)) {
+  start_heuristic(CbcModel &model, std::shared_ptr<start_state> st)
+      : CbcHeuristic(model), st_(std::move(st)) {
     setWhen(3);
     setHeuristicName("MIP start");
   }
@@ -152,22 +152,21 @@ class start_heuristic : public CbcHeuristic {
     if (st_->given || model_ != st_->model || model_->phase() <= 1) return 0;
     st_->given = true;
     if (st_->value >= objective) return 0;
-    std::copy(x_.begin(), x_.end(), x);
+    std::copy(st_->x.begin(), st_->x.end(), x);
     objective = st_->value;
-    st_->offering = true;
     return 1;
   }
 
  private:
-  std::vector<double> x_;
   std::shared_ptr<start_state> st_;
 };
 
 // Until the start is handed over, the search refuses solutions worse than
-// it, so that no worse incumbent comes first; such a solution ends only
-// what the start beats anyway.  Every event then goes to the handler that
-// was installed before (the application's callbacks), which sees the start
-// like any other candidate; a start it refuses is reported and dropped.
+// it, so that no worse incumbent comes first: a refused heuristic solution
+// prunes nothing, and a node whose own solution is refused holds nothing
+// better than that solution.  The start itself was asked about before the
+// search; every other event goes to the handler that was installed before
+// (the application's callbacks).
 class start_guard : public CbcEventHandler {
  public:
   start_guard(CbcModel &model, std::shared_ptr<start_state> st)
@@ -182,22 +181,16 @@ class start_guard : public CbcEventHandler {
 
   CbcAction event(CbcEvent which) override {
     bool candidate = which == beforeSolution1 || which == beforeSolution2;
-    bool offering = std::exchange(st_->offering, false) && candidate;
-    if (candidate && !st_->given && model_ == st_->model) {
-      const double *x = model_->bestSolution();
+    const double *x = model_->bestSolution();
+    if (candidate && x != nullptr && model_ == st_->model) {
+      if (std::equal(st_->x.begin(), st_->x.end(), x)) return noAction;
       double tol = 1e-6 * (1.0 + std::fabs(st_->value));
-      if (x != nullptr && search_objective(*model_->solver(), x) > st_->value + tol)
+      if (!st_->given && search_objective(*model_->solver(), x) > st_->value + tol)
         return killSolution;
     }
     if (!inner_) return noAction;
     inner_->setModel(model_);
-    CbcAction a = inner_->event(which);
-    if (offering && a == killSolution) {
-      messagef(st_->prob, 3, "MIP start %s was refused by the candidate-solution callback.",
-               st_->prob->start_name.c_str());
-      st_->prob->start_x.clear();
-    }
-    return a;
+    return inner_->event(which);
   }
 
  private:
@@ -209,6 +202,14 @@ class start_guard : public CbcEventHandler {
 
 std::shared_ptr<void> offer_mip_start(kvsl_prob *prob, CbcModel &model, const int *orig) {
   if (prob->start_x.empty()) return nullptr;
+  // The application's candidate callback decides on the start once, before
+  // any solution of the search is refused in its favour.
+  if (candidate_refused(prob, prob->start_x.data())) {
+    messagef(prob, 3, "MIP start %s was refused by the candidate-solution callback.",
+             prob->start_name.c_str());
+    prob->start_x.clear();
+    return nullptr;
+  }
   OsiSolverInterface *solver = model.solver();
   int n = solver->getNumCols();
   std::vector<double> x(static_cast<size_t>(n));
@@ -220,10 +221,10 @@ std::shared_ptr<void> offer_mip_start(kvsl_prob *prob, CbcModel &model, const in
     x[static_cast<size_t>(k)] = prob->start_x[static_cast<size_t>(j)];
   }
   auto st = std::make_shared<start_state>();
-  st->prob = prob;
   st->model = &model;
   st->value = search_objective(*solver, x.data());
-  start_heuristic h(model, std::move(x), st);
+  st->x = std::move(x);
+  start_heuristic h(model, st);
   model.addHeuristic(&h);
   start_guard guard(model, st);
   model.passInEventHandler(&guard);

@@ -20,9 +20,9 @@ void prepare_mip_starts(kvsl_prob *prob);
 // Hand the held start to the model, which takes it as its first incumbent
 // once the root is done, refusing worse solutions until then (orig maps the
 // model's columns to the loaded ones, null: the same).  Call it after the
-// application's callbacks are attached: their candidate callback sees the
-// start too, and a start it refuses is reported and dropped.  The returned
-// object must live until the search has finished.
+// application's callbacks are attached: their candidate callback is asked
+// about the start first, and a start it refuses is reported and dropped.
+// The returned object must live until the search has finished.
 std::shared_ptr<void> offer_mip_start(kvsl_prob *prob, CbcModel &model, const int *orig);
 // After the search: the held start becomes the result when the search
 // found nothing better; then it is dropped.

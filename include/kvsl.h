@@ -353,9 +353,10 @@ int KVSLgetiisbounds(KVSLprob prob, int num, char bndtype[], int *flags);
  * better one found at the root supersedes it.  It is mapped through
  * preprocessing, and is the result when the search finds nothing better.
  * The candidate-solution callback (KVSLsetcbpreintsol) is asked about the
- * start like about any other solution; a start it rejects never becomes
- * the incumbent nor the result and is reported ("MIP start NAME was
- * refused by the candidate-solution callback.", type 3).  Each start
+ * start once, before the search starts (a start that violates a cut of the
+ * pool counts as rejected); a start it rejects never becomes the incumbent
+ * nor the result and is reported ("MIP start NAME was refused by the
+ * candidate-solution callback.", type 3).  Each start
  * serves one search.  A problem without entities solves its LP and
  * ignores the starts.
  */

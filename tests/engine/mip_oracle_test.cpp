@@ -101,6 +101,15 @@ TEST_F(MipOracle, IndicatorModelWithoutPreprocessing) { EXPECT_EQ(check(500255, 
 // An unbounded model with a set of type 2 over free columns: the root LP's
 // false optimum was confirmed and the search called the model infeasible.
 TEST_F(MipOracle, SosTwoOverFreeColumnsUnbounded) { EXPECT_EQ(check(400019, k_sos2), ""); }
+// An infeasible model with sets of type 2 whose relaxation is unbounded
+// (the oracle's own LP took the dual simplex's false optimum for bounded).
+TEST_F(MipOracle, SosTwoInfeasibleWithUnboundedRelaxation) {
+  EXPECT_EQ(check(14017302, k_sos2), "");
+}
+// Feasible models with every kind of entity that flow cover cuts made
+// infeasible.
+TEST_F(MipOracle, MixedEntitiesWithoutFlowCovers) { EXPECT_EQ(check(17009501, 0xFF), ""); }
+TEST_F(MipOracle, MixedEntitiesWithoutFlowCoversAgain) { EXPECT_EQ(check(17011982, 0xFF), ""); }
 
 // Many more of every kind: make test-slow.
 TEST_F(MipOracle, DISABLED_ManyMore) {
