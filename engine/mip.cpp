@@ -165,16 +165,9 @@ bool solve_root(kvsl_prob *prob, OsiClpSolverInterface &solver) {
   solver.initialSolve();
   ClpSimplex &root = *solver.getModelPtr();
   prob->iterations = solver.getIterationCount();
-  // The dual simplex's artificial bounds on free columns can end in a
-  // false optimum of an unbounded relaxation; the primal simplex from that
-  // basis confirms a true one without iterations.  Not its values pass:
-  // that accepted such a false optimum (an unbounded model with a set over
-  // free columns went on to be called infeasible), where the ordinary
-  // primal simplex from the same basis finds the ray.
-  if (root.status() == 0) {
-    root.primal(0);
-    prob->iterations += root.numberIterations();
-  }
+  // A false optimum of an unbounded relaxation (which an unbounded model
+  // with a set over free columns went on to be called infeasible with) is
+  // found out here like any other doubtful verdict.
   prob->iterations += confirm_verdict(root);
   if (solver.isProvenPrimalInfeasible()) {
     prob->lpstatus = KVSL_LP_INFEAS;
