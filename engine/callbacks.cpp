@@ -267,7 +267,8 @@ void add_pool_rows(const kvsl_prob *prob, OsiSolverInterface &solver) {
 bool candidate_refused(kvsl_prob *prob, const double *x) {
   if (!has_search_callbacks(prob)) return false;
   verdict_cache cache;
-  return violates_any(prob, x, dblcontrol(prob, KVSL_CTRL_FEASTOL)) || rejects(prob, x, nullptr, cache);
+  return violates_any(prob, x, dblcontrol(prob, KVSL_CTRL_FEASTOL)) ||
+         rejects(prob, x, nullptr, cache);
 }
 
 bool search_again_after_vetoes(kvsl_prob *prob) {

@@ -278,7 +278,8 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   }
   std::shared_ptr<void> app = attach_search_callbacks(prob, model);
   // After the callbacks: their candidate callback sees the start too.
-  std::shared_ptr<void> start = offer_mip_start(prob, model, presolve ? process.originalColumns() : nullptr);
+  std::shared_ptr<void> start =
+      offer_mip_start(prob, model, presolve ? process.originalColumns() : nullptr);
   model.branchAndBound();
   prob->nodes += model.getNodeCount();
   prob->iterations += model.getIterationCount();
