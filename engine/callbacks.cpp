@@ -81,6 +81,16 @@ bool violated(const pool_cut &c, const double *x, double tol) {
   }
 }
 
+// Cuts of the application hold for every solution it accepts: one that
+// violates a pool cut (a heuristic's, which no node LP has seen) is
+// refused like a rejected candidate.
+bool violates_any(const kvsl_prob *prob, const double *x, double tol) {
+  if (!prob->callbacks) return false;
+  for (const auto &c : prob->callbacks->pool)
+    if (violated(*c, x, tol)) return true;
+  return false;
+}
+
 // Are the integer columns of x integral?
 bool integral(const kvsl_prob *prob, const double *x) {
   const double tol = dblcontrol(prob, KVSL_CTRL_MIPTOL);
@@ -212,15 +222,10 @@ class app_events : public CbcEventHandler {
   }
 
  private:
-  // Cuts of the application hold for every solution it accepts: one that
-  // violates a pool cut (a heuristic's, which no node LP has seen) is
-  // refused like a rejected candidate.
   bool violates_pool(const double *x) const {
     double tol = 1e-7;
     model_->solver()->getDblParam(OsiPrimalTolerance, tol);
-    for (const auto &c : callbacks_of(prob_).pool)
-      if (violated(*c, x, tol)) return true;
-    return false;
+    return violates_any(prob_, x, tol);
   }
 
   kvsl_prob *prob_;
@@ -259,6 +264,13 @@ void add_pool_rows(const kvsl_prob *prob, OsiSolverInterface &solver) {
     CoinPackedVector row(static_cast<int>(c->col.size()), c->col.data(), c->val.data());
     solver.addRow(row, lo, up);
   }
+}
+
+bool candidate_refused(kvsl_prob *prob, const double *x) {
+  if (!has_search_callbacks(prob)) return false;
+  verdict_cache cache;
+  return violates_any(prob, x, dblcontrol(prob, KVSL_CTRL_FEASTOL)) ||
+         rejects(prob, x, nullptr, cache);
 }
 
 bool search_again_after_vetoes(kvsl_prob *prob) {

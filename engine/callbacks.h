@@ -52,6 +52,11 @@ std::shared_ptr<void> attach_search_callbacks(kvsl_prob *prob, CbcModel &model);
 // Put every pool cut into the search's LP as a row.
 void add_pool_rows(const kvsl_prob *prob, OsiSolverInterface &solver);
 
+// Ask about a solution of the loaded columns outside a search (a MIP
+// start): true when it violates a pool cut or the candidate callback
+// rejects it.
+bool candidate_refused(kvsl_prob *prob, const double *x);
+
 // A solution vetoed outside the cut loop ends its node without branching,
 // which may cut off better solutions below it.  After such a search, when
 // the vetoes added cuts to the pool, the search must run again (with the

@@ -15,6 +15,7 @@
 #include <CoinPackedMatrix.hpp>
 
 #include "iis.h"
+#include "search.h"
 
 namespace kvsl {
 
@@ -62,21 +63,14 @@ class subsystem_lp {
     return out;
   }
 
-  // Is the system made of exactly these members (sorted) feasible?
+  // Is the system made of exactly these members (sorted) feasible?  The
+  // dual simplex warm-starts from the last basis; a verdict other than
+  // optimal is settled by the engine's one check of LP verdicts (the dual
+  // simplex can call a system with free columns infeasible when it is not).
   bool feasible(const std::vector<int> &members) {
     apply(members, m);
     m.dual(0);
-    ++solves;
-    if (m.status() == 0) return true;
-    // The dual simplex can call a system with free columns infeasible when
-    // it is not; only the primal simplex's phase 1 decides infeasibility.
-    m.primal(0);
-    ++solves;
-    if (m.status() != 0 && m.status() != 1) {
-      m.allSlackBasis(true);
-      m.primal(0);
-      ++solves;
-    }
+    confirm_verdict(m);
     return m.status() != 1;
   }
 
@@ -101,7 +95,6 @@ class subsystem_lp {
     }
     e.scaling(3);
     e.primal(0);
-    ++solves;
     if (e.status() != 0 || e.objectiveValue() <= 10 * e.primalTolerance()) return {};
     std::vector<int> out;
     const double *y = e.dualRowSolution();
@@ -131,8 +124,6 @@ class subsystem_lp {
     }
     return {};
   }
-
-  int solves = 0;
 
  private:
   // Column and row bounds of the system made of the given members; every

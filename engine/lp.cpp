@@ -82,26 +82,34 @@ int mip_status_after_lp(int lpstatus) {
 
 }  // namespace
 
-// Presolve may stop at "infeasible or unbounded" or give up on a model it
-// finds inconsistent, and Clp's simplex calls some unbounded models
-// infeasible (an improving ray met while rows are still violated).  The
-// verdict is settled without presolve: feasibility first, by the primal
-// simplex on a zero objective from a slack basis, then the objective from
-// the feasible basis found.  A cutoff reached in the dual and the limits
-// stay as they are.
+// The dual simplex's artificial bounds on free columns can end in a false
+// optimum of an unbounded LP: an optimum is confirmed by the primal simplex
+// from its basis, which costs no iteration when it is true (its values
+// pass would keep the false one).  Presolve may stop at "infeasible or
+// unbounded" or give up on a model it finds inconsistent, and Clp's
+// simplex calls some unbounded models infeasible (an improving ray met
+// while rows are still violated).  Such a verdict is settled without
+// presolve: feasibility first, by the primal simplex on a zero objective
+// from a slack basis, then the objective from the feasible basis found.  A
+// cutoff reached in the dual and the limits stay as they are.
 int confirm_verdict(ClpSimplex &m) {
+  int confirmed = 0;
+  if (m.status() == 0) {
+    m.primal(0);
+    confirmed = m.numberIterations();
+  }
   int s = m.status();
-  if (s == 0 || s == 3 || s == 5 || (s == 1 && m.secondaryStatus() == 1)) return 0;
+  if (s == 0 || s == 3 || s == 5 || (s == 1 && m.secondaryStatus() == 1)) return confirmed;
   int n = m.numberColumns();
   std::vector<double> c(m.objective(), m.objective() + n), zero(n, 0.0);
   m.chgObjCoefficients(zero.data());
   m.allSlackBasis(true);
   m.primal();
-  int iterations = m.numberIterations();
+  int iterations = confirmed + m.numberIterations();
   bool feasible = m.status() == 0;
   m.chgObjCoefficients(c.data());
   if (!feasible) return iterations;
-  m.primal(1);
+  m.primal(0);
   return iterations + m.numberIterations();
 }
 

@@ -5,13 +5,17 @@
  */
 #include <algorithm>
 #include <cmath>
+#include <memory>
 #include <new>
+#include <utility>
 
+#include <CbcEventHandler.hpp>
 #include <CbcHeuristic.hpp>
 #include <CbcModel.hpp>
 #include <ClpSimplex.hpp>
 #include <CoinPackedMatrix.hpp>
 
+#include "callbacks.h"
 #include "copy.h"
 #include "mipstart.h"
 #include "search.h"
@@ -108,41 +112,104 @@ void prepare_mip_starts(kvsl_prob *prob) {
 
 namespace {
 
-// The start handed to the search as a heuristic solution once the root is
-// done.  Installed before the search, a known incumbent changed how the
-// root was processed (reduced-cost fixing, the cut passes, the pump's
-// target) and the tree grown from that other root took up to four times
-// the nodes of a search without the start.  Given after the root, the
-// search branches from the root it would have had anyway and the start
-// only prunes.
+// Objective value of x in the search model's own terms (minimising, with
+// its constant).
+double search_objective(const OsiSolverInterface &solver, const double *x) {
+  const double *c = solver.getObjCoefficients();
+  double offset = 0.0;
+  solver.getDblParam(OsiObjOffset, offset);
+  double v = -offset;
+  for (int k = 0; k < solver.getNumCols(); ++k) v += c[k] * x[k];
+  return v * solver.getObjSense();
+}
+
+// What the search knows of the start while it runs.
+struct start_state {
+  CbcModel *model;       // the search itself (not a heuristic's sub-search)
+  std::vector<double> x; // in the search model's columns
+  double value;          // minimising
+  bool given = false;    // handed to the search (or no longer needed)
+};
+
+// The start is handed to the search as a heuristic solution once the root
+// is done.  Installed before the root, a known incumbent changes how the
+// root is processed (reduced-cost fixing, probing on the objective, the
+// heuristics' targets) and the tree grown from that other root took up to
+// four times the nodes of a search without the start (lseu, p0201,
+// misc03).  Given after the root, the search branches from the root it
+// would have had anyway, and the start only prunes.
 class start_heuristic : public CbcHeuristic {
  public:
-  start_heuristic(CbcModel &model, std::vector<double> x, double value)
-      : CbcHeuristic(model), x_(std::move(x)), value_(value) {
+  start_heuristic(CbcModel &model, std::shared_ptr<start_state> st)
+      : CbcHeuristic(model), st_(std::move(st)) {
     setWhen(3);
     setHeuristicName("MIP start");
   }
   CbcHeuristic *clone() const override { return new start_heuristic(*this); }
   void resetModel(CbcModel *model) override { model_ = model; }
-  // Give the start once, after the root, when it beats the incumbent.
+  // Give the start once, after the root, unless something better is known.
   int solution(double &objective, double *x) override {
-    if (given_ || value_ >= objective || model_->phase() <= 1) return 0;
-    given_ = true;
-    std::copy(x_.begin(), x_.end(), x);
-    objective = value_;
+    if (st_->given || model_ != st_->model || model_->phase() <= 1) return 0;
+    st_->given = true;
+    if (st_->value >= objective) return 0;
+    std::copy(st_->x.begin(), st_->x.end(), x);
+    objective = st_->value;
     return 1;
   }
 
  private:
-  std::vector<double> x_;
-  double value_;
-  bool given_ = false;
+  std::shared_ptr<start_state> st_;
+};
+
+// Until the start is handed over, the search refuses solutions worse than
+// it, so that no worse incumbent comes first: a refused heuristic solution
+// prunes nothing, and a node whose own solution is refused holds nothing
+// better than that solution.  The start itself was asked about before the
+// search; every other event goes to the handler that was installed before
+// (the application's callbacks).
+class start_guard : public CbcEventHandler {
+ public:
+  start_guard(CbcModel &model, std::shared_ptr<start_state> st)
+      : CbcEventHandler(&model), st_(std::move(st)) {
+    if (model.getEventHandler() != nullptr) inner_.reset(model.getEventHandler()->clone());
+  }
+  start_guard(const start_guard &o) : CbcEventHandler(o), st_(o.st_) {
+    if (o.inner_) inner_.reset(o.inner_->clone());
+  }
+  start_guard &operator=(const start_guard &) = delete;
+  CbcEventHandler *clone() const override { return new start_guard(*this); }
+
+  CbcAction event(CbcEvent which) override {
+    bool candidate = which == beforeSolution1 || which == beforeSolution2;
+    const double *x = model_->bestSolution();
+    if (candidate && x != nullptr && model_ == st_->model) {
+      if (std::equal(st_->x.begin(), st_->x.end(), x)) return noAction;
+      double tol = 1e-6 * (1.0 + std::fabs(st_->value));
+      if (!st_->given && search_objective(*model_->solver(), x) > st_->value + tol)
+        return killSolution;
+    }
+    if (!inner_) return noAction;
+    inner_->setModel(model_);
+    return inner_->event(which);
+  }
+
+ private:
+  std::shared_ptr<start_state> st_;
+  std::unique_ptr<CbcEventHandler> inner_;
 };
 
 }  // namespace
 
-void offer_mip_start(const kvsl_prob *prob, CbcModel &model, const int *orig) {
-  if (prob->start_x.empty()) return;
+std::shared_ptr<void> offer_mip_start(kvsl_prob *prob, CbcModel &model, const int *orig) {
+  if (prob->start_x.empty()) return nullptr;
+  // The application's candidate callback decides on the start once, before
+  // any solution of the search is refused in its favour.
+  if (candidate_refused(prob, prob->start_x.data())) {
+    messagef(prob, 3, "MIP start %s was refused by the candidate-solution callback.",
+             prob->start_name.c_str());
+    prob->start_x.clear();
+    return nullptr;
+  }
   OsiSolverInterface *solver = model.solver();
   int n = solver->getNumCols();
   std::vector<double> x(static_cast<size_t>(n));
@@ -150,18 +217,20 @@ void offer_mip_start(const kvsl_prob *prob, CbcModel &model, const int *orig) {
     int j = orig != nullptr ? orig[k] : k;
     // Columns the search adds of its own (indicator slacks) are not offered
     // to: the start is kept beside the search instead.
-    if (j < 0 || j >= prob->ncols) return;
+    if (j < 0 || j >= prob->ncols) return nullptr;
     x[static_cast<size_t>(k)] = prob->start_x[static_cast<size_t>(j)];
   }
-  const double *c = solver->getObjCoefficients();
-  double offset = 0.0;
-  solver->getDblParam(OsiObjOffset, offset);
-  double v = -offset;
-  for (int k = 0; k < n; ++k) v += c[k] * x[static_cast<size_t>(k)];
-  start_heuristic h(model, std::move(x), v * solver->getObjSense());
+  auto st = std::make_shared<start_state>();
+  st->model = &model;
+  st->value = search_objective(*solver, x.data());
+  st->x = std::move(x);
+  start_heuristic h(model, st);
   model.addHeuristic(&h);
-  messagef(const_cast<kvsl_prob *>(prob), 1, "MIP start %s is the incumbent: objective %.10g",
-           prob->start_name.c_str(), objective_of(prob, prob->start_x.data()));
+  start_guard guard(model, st);
+  model.passInEventHandler(&guard);
+  messagef(prob, 1, "MIP start %s is the incumbent: objective %.10g", prob->start_name.c_str(),
+           objective_of(prob, prob->start_x.data()));
+  return st;
 }
 
 void keep_mip_start(kvsl_prob *prob) {
@@ -211,7 +280,10 @@ KVSL_EXPORT int KVSLloadmipsol(KVSLprob prob, const double x[], int *status) {
     if (*status != kvsl::accepted) return 0;
     kvsl::snap_column_entities(prob, v.data());
     double obj = kvsl::objective_of(prob, v.data());
-    if (prob->mip_held && !kvsl::better(prob, obj, prob->mip_obj)) {
+    // Worse means worse beyond rounding: a solution as good as the one held
+    // is accepted and replaces it.
+    double tol = 1e-9 * (1.0 + std::fabs(prob->mip_obj));
+    if (prob->mip_held && prob->sense * (obj - prob->mip_obj) > tol) {
       *status = kvsl::worse;
       return 0;
     }

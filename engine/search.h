@@ -74,8 +74,9 @@ class bound_branch : public CbcBranchingObject {
 // Apply bound changes to a solver, intersected with its current bounds.
 void apply_changes(OsiSolverInterface *solver, const std::vector<bound_change> &changes);
 
-// Settle an "infeasible" or "unbounded" verdict of Clp (or a failed solve)
-// with the primal simplex from a slack basis; returns the iterations spent.
+// Confirm an optimum of Clp with the primal simplex from its basis, and
+// settle an "infeasible" or "unbounded" verdict (or a failed solve) with
+// the primal simplex from a slack basis; returns the iterations spent.
 int confirm_verdict(ClpSimplex &m);
 
 // Check the loaded problem's numbers and entities before an optimisation:

@@ -345,11 +345,20 @@ int KVSLgetiisbounds(KVSLprob prob, int num, char bndtype[], int *flags);
  * at most 5 seconds) and checked like KVSLloadmipsol's.  An infeasible
  * start is reported through the message callback ("MIP start NAME is
  * infeasible and is ignored.", type 3; an unnamed one is "(unnamed)") and
- * dropped; the best feasible one becomes the search's incumbent before its
- * root ("MIP start NAME is the incumbent: objective V", type 1), mapped
- * through preprocessing, and is the result when the search finds nothing
- * better.  Each start serves one search.  A problem without entities
- * solves its LP and ignores the starts.
+ * dropped.  The best feasible one is the search's first incumbent ("MIP
+ * start NAME is the incumbent: objective V", type 1): it is handed to the
+ * search once the root node is done (a known incumbent during the root's
+ * cut loop changes the cuts and grows the tree), and until then every
+ * solution worse than it is refused, so no worse incumbent comes first; a
+ * better one found at the root supersedes it.  It is mapped through
+ * preprocessing, and is the result when the search finds nothing better.
+ * The candidate-solution callback (KVSLsetcbpreintsol) is asked about the
+ * start once, before the search starts (a start that violates a cut of the
+ * pool counts as rejected); a start it rejects never becomes the incumbent
+ * nor the result and is reported ("MIP start NAME was refused by the
+ * candidate-solution callback.", type 3).  Each start
+ * serves one search.  A problem without entities solves its LP and
+ * ignores the starts.
  */
 int KVSLaddmipsol(KVSLprob prob, int n, const double val[], const int col[],
                   const char *name);
@@ -357,8 +366,9 @@ int KVSLaddmipsol(KVSLprob prob, int n, const double val[], const int col[],
  * (an indicator row only where in force), entity and set within 1e-6
  * (relative above 1); *status: 0 accepted (it becomes the MIP solution held
  * and also starts the next search), 1 a bound or row violated or a value
- * not finite, 2 worse than the MIP solution held, 3 an entity or set
- * violated. */
+ * not finite, 2 worse than the MIP solution held (by more than 1e-9
+ * relative; one with the same objective value is accepted and replaces
+ * it), 3 an entity or set violated. */
 int KVSLloadmipsol(KVSLprob prob, const double x[], int *status);
 /*
  * Add ncuts cuts to the current node problem: cut k has type number

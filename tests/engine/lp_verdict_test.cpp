@@ -115,4 +115,25 @@ TEST_F(LpVerdict, RowBlocksOfLargerModelsAgreeAcrossAlgorithms) {
   }
 }
 
+// An unbounded LP over free columns where the dual simplex stops at a false
+// optimum (objective about 8e20): the ray x5 = t, x4 = -2t/3, x1 = t,
+// x0 = 2t keeps every row and raises the objective by 26t/3, and x0 = 0,
+// x1 = -1, x4 = 1, x6 = 1 (the rest 0) is feasible.
+TEST_F(LpVerdict, FalseOptimumOverFreeColumnsIsUnbounded) {
+  const double inf = KVSL_INFINITY;
+  dense_model d{"LLR",
+                {-3, -4, 3},
+                {0, 0, 3},
+                {0, 6, -6, -6, -4, 0, -3},
+                {-inf, -inf, 0, -inf, -inf, 0, 1},
+                {inf, inf, 4, inf, inf, inf, inf},
+                {{0, 3, -4, 0, -1, -4, 0}, {-4, 5, 3, 1, 0, 0, 0}, {0, 0, 0, 0, 3, 2, 0}}};
+  for (const char *flags : {"", "d", "p"}) {
+    SCOPED_TRACE(flags);
+    ASSERT_EQ(load_lp(p, d), 0);
+    ASSERT_EQ(KVSLmaxim(p, flags), 0);
+    EXPECT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), KVSL_LP_UNBOUNDED);
+  }
+}
+
 }  // namespace

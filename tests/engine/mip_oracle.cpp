@@ -242,6 +242,10 @@ double backend(double v) { return v >= inf ? COIN_DBL_MAX : v <= -inf ? -COIN_DB
 // primal simplex from a slack basis), then the objective from there.
 int lp_verdict(ClpSimplex &lp) {
   lp.dual();
+  // The dual simplex's artificial bounds on free columns can end in a
+  // false optimum of an unbounded LP; the primal simplex from its basis
+  // (not its values pass, which keeps that point) finds the ray.
+  if (lp.status() == 0) lp.primal(0);
   if (lp.status() == 0) return 0;
   std::vector<double> c(lp.objective(), lp.objective() + lp.numberColumns());
   std::vector<double> zero(c.size(), 0.0);
@@ -254,7 +258,7 @@ int lp_verdict(ClpSimplex &lp) {
     lp.allSlackBasis(true);
     return 1;
   }
-  lp.primal(1);
+  lp.primal(0);
   if (lp.status() == 0) return 0;
   lp.allSlackBasis(true);
   return 2;

@@ -13,10 +13,6 @@ namespace {
 
 using namespace oracle;
 
-// The one model of the runs below on which the search is still wrong
-// (see MipOracle.DISABLED_SosTwoOverFreeColumnsUnbounded).
-constexpr uint64_t open_defect_seed = 400019;
-
 class MipOracle : public EngineTest {
  protected:
   // Search model `seed` of the kinds and compare with the oracle; "" when
@@ -70,8 +66,6 @@ class MipOracle : public EngineTest {
     int failures = 0;
     for (int k = 0; k < count; ++k) {
       uint64_t seed = first + static_cast<uint64_t>(k);
-      // Known open defect, checked by its own named test below.
-      if (seed == open_defect_seed) continue;
       std::string diff = check(seed, kinds);
       if (diff.empty()) continue;
       if (++failures <= 5)
@@ -104,12 +98,18 @@ TEST_F(MipOracle, EmptyInfeasibleRowWithoutEntities) { EXPECT_EQ(check(296, k_in
 TEST_F(MipOracle, HeldOutEqualityRow) { EXPECT_EQ(check(600466, k_integer | k_heldout), ""); }
 TEST_F(MipOracle, EmptyModelCutRow) { EXPECT_EQ(check(800102, 0xFF), ""); }
 TEST_F(MipOracle, IndicatorModelWithoutPreprocessing) { EXPECT_EQ(check(500255, k_indicator), ""); }
-
-// Still wrong: an unbounded model with a set of type 2 over free columns is
-// reported infeasible (the search's root LP finds a bounded optimum).
-TEST_F(MipOracle, DISABLED_SosTwoOverFreeColumnsUnbounded) {
-  EXPECT_EQ(check(open_defect_seed, k_sos2), "");
+// An unbounded model with a set of type 2 over free columns: the root LP's
+// false optimum was confirmed and the search called the model infeasible.
+TEST_F(MipOracle, SosTwoOverFreeColumnsUnbounded) { EXPECT_EQ(check(400019, k_sos2), ""); }
+// An infeasible model with sets of type 2 whose relaxation is unbounded
+// (the oracle's own LP took the dual simplex's false optimum for bounded).
+TEST_F(MipOracle, SosTwoInfeasibleWithUnboundedRelaxation) {
+  EXPECT_EQ(check(14017302, k_sos2), "");
 }
+// Feasible models with every kind of entity that flow cover cuts made
+// infeasible.
+TEST_F(MipOracle, MixedEntitiesWithoutFlowCovers) { EXPECT_EQ(check(17009501, 0xFF), ""); }
+TEST_F(MipOracle, MixedEntitiesWithoutFlowCoversAgain) { EXPECT_EQ(check(17011982, 0xFF), ""); }
 
 // Many more of every kind: make test-slow.
 TEST_F(MipOracle, DISABLED_ManyMore) {

@@ -3,6 +3,7 @@
  * before a search, full solutions checked and taken at once, and MIPLIB
  * models started from their optimal solution or from half of it.
  */
+#include <algorithm>
 #include <cmath>
 #include <string>
 
@@ -119,6 +120,10 @@ TEST_F(MipStartTest, LoadedSolutionIsCheckedAndTaken) {
   double worse[] = {1, 1};
   ASSERT_EQ(KVSLloadmipsol(p, worse, &status), 0);
   EXPECT_EQ(status, 2);
+  // A solution as good as the one held is not worse: it is accepted.
+  double equal[] = {1, 2};
+  ASSERT_EQ(KVSLloadmipsol(p, equal, &status), 0);
+  EXPECT_EQ(status, 0);
   // The loaded solution also starts the next search.
   ASSERT_EQ(KVSLmipoptimize(p, ""), 0);
   EXPECT_EQ(with("MIP start loaded is the incumbent: objective -5").size(), 1u);
@@ -147,10 +152,22 @@ class MiplibStart : public MipStartTest {
   std::vector<double> x;
 };
 
+// The objective values of the incumbents the search announced, in order.
+std::vector<double> incumbents(const std::vector<std::string> &lines) {
+  std::vector<double> out;
+  const std::string key = "Integer solution of ";
+  for (const auto &l : lines) {
+    auto at = l.find(key);
+    if (at != std::string::npos) out.push_back(std::stod(l.substr(at + key.size())));
+  }
+  return out;
+}
+
 // Started from its own optimal solution, a model proves optimality with no
-// more nodes than without it, and the start is announced as the incumbent.
-TEST_F(MiplibStart, OptimalStartNeedsNoMoreNodes) {
-  for (const char *name : {"lseu", "p0201", "mod008", "stein27", "misc03"}) {
+// more nodes than without it, and the start is its first incumbent: no
+// worse solution of a heuristic comes before it.
+TEST_F(MiplibStart, OptimalStartIsTheFirstIncumbentAndNeedsNoMoreNodes) {
+  for (const char *name : {"lseu", "p0201", "mod008", "stein27"}) {
     SCOPED_TRACE(name);
     solve_cold(name);
     std::vector<int> cols;
@@ -158,14 +175,85 @@ TEST_F(MiplibStart, OptimalStartNeedsNoMoreNodes) {
     ASSERT_EQ(KVSLaddmipsol(p, m.ncols, x.data(), cols.data(), "optimal"), 0);
     ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, 1), 0);
     ASSERT_EQ(KVSLmipoptimize(p, ""), 0);
-    auto first = with("is the incumbent");
-    ASSERT_EQ(first.size(), 1u);
-    double start_value = std::stod(first[0].substr(first[0].rfind(' ') + 1));
+    auto announced = with("is the incumbent");
+    ASSERT_EQ(announced.size(), 1u);
+    double start_value = std::stod(announced[0].substr(announced[0].rfind(' ') + 1));
     double tol = 1e-6 * std::max(1.0, std::fabs(optimum));
     EXPECT_NEAR(start_value, optimum, tol);
+    std::vector<double> found = incumbents(lines);
+    ASSERT_FALSE(found.empty());
+    EXPECT_NEAR(found.front(), start_value, tol);
     EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
     EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), optimum, tol);
     EXPECT_LE(int_attr(p, KVSL_ATTR_NODES), cold_nodes);
+  }
+}
+
+// Without a start the first incumbent of p0201 is a worse one of a
+// heuristic: the test above would see the difference.
+TEST_F(MiplibStart, WithoutAStartTheFirstIncumbentIsWorse) {
+  solve_cold("p0201");
+  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, 1), 0);
+  ASSERT_EQ(KVSLmipoptimize(p, ""), 0);
+  std::vector<double> found = incumbents(lines);
+  ASSERT_FALSE(found.empty());
+  EXPECT_GT(found.front(), optimum + 1);
+}
+
+// The candidate-solution callback is asked about the start like any other
+// solution; a start it refuses is reported, never becomes the incumbent
+// and is not taken as the result afterwards.
+struct start_watch {
+  std::vector<double> start;
+  bool refuse = false;
+  int seen = 0;      // calls with the start
+  int calls = 0;
+  bool first_was_start = false;
+};
+
+int watch_candidates(KVSLprob, void *user, const double x[], int ncols, int *reject) {
+  auto *w = static_cast<start_watch *>(user);
+  bool is_start = std::equal(x, x + ncols, w->start.begin(), [](double a, double b) {
+    return std::fabs(a - b) <= 1e-9;
+  });
+  if (w->calls++ == 0) w->first_was_start = is_start;
+  if (is_start) {
+    ++w->seen;
+    *reject = w->refuse ? 1 : 0;
+  }
+  return 0;
+}
+
+TEST_F(MiplibStart, CandidateCallbackSeesTheStartFirst) {
+  solve_cold("lseu");
+  start_watch w{x};
+  ASSERT_EQ(KVSLsetcbpreintsol(p, watch_candidates, &w), 0);
+  std::vector<int> cols;
+  for (int j = 0; j < m.ncols; ++j) cols.push_back(j);
+  ASSERT_EQ(KVSLaddmipsol(p, m.ncols, x.data(), cols.data(), "optimal"), 0);
+  ASSERT_EQ(KVSLmipoptimize(p, ""), 0);
+  EXPECT_TRUE(w.first_was_start);
+  EXPECT_GE(w.seen, 1);
+  EXPECT_TRUE(with("refused").empty());
+  EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), optimum, 1e-6 * optimum);
+}
+
+TEST_F(MiplibStart, StartRefusedByTheCandidateCallbackIsReported) {
+  solve_cold("lseu");
+  start_watch w{x, true};
+  ASSERT_EQ(KVSLsetcbpreintsol(p, watch_candidates, &w), 0);
+  std::vector<int> cols;
+  for (int j = 0; j < m.ncols; ++j) cols.push_back(j);
+  ASSERT_EQ(KVSLaddmipsol(p, m.ncols, x.data(), cols.data(), "mine"), 0);
+  ASSERT_EQ(KVSLmipoptimize(p, ""), 0);
+  EXPECT_GE(w.seen, 1);
+  EXPECT_EQ(with("MIP start mine was refused by the candidate-solution callback.").size(), 1u);
+  // Whatever the search ends with, it is not the refused start.
+  if (int_attr(p, KVSL_ATTR_MIPSTATUS) == KVSL_MIP_OPTIMAL ||
+      int_attr(p, KVSL_ATTR_MIPSTATUS) == KVSL_MIP_SOLUTION) {
+    std::vector<double> got(static_cast<size_t>(m.ncols));
+    ASSERT_EQ(KVSLgetmipsol(p, got.data(), nullptr), 0);
+    EXPECT_NE(got, x);
   }
 }
 
