@@ -761,7 +761,6 @@ KVTL_API const char *mdlgetarrvarname(MDLarrvar arr);
  * - 1507 E `(addarrterm) No constraint given.`: @p ctr is null.
  * - 1506 E `(addarrterm) No array of variables given.`: @p arr is null.
  * - 1512 E `(addarrterm) No array of constants given.`: @p coefs is null.
- * - 1505 E `(add_term) No variable given.`: a slot is empty.
  * - 1502 E `Not enough memory.`
  */
 KVTL_API int mdladdarrterm(MDLctr ctr, MDLarrvar arr, const double *coefs);
@@ -1550,10 +1549,10 @@ KVTL_API int mdlreordercols(MDLvar *colvars, int *counts, int ncols);
  * - 1524 E `(lpoptimize) Korvex-Optimizer error %d during '%s'. Return
  *   value: %d.`: the engine's call (postsolve, chgobjsense, lpoptimize,
  *   getintattrib) failed.
- * - 1522 E `Korvex-Optimizer error getting %s status.`: the status after
- *   the run could not be read.
+ * - 1521 E `Korvex-Optimizer error getting objective function value.`: the
+ *   objective value of the solution could not be read.
  * - 1573 W `(lpoptimize) 'begincb' without matching 'endcb'.`: a callback
- *   left its bracket open; it is closed.
+ *   bracket was left open; it is closed.
  * - the messages of mdlloadmat_prob when the matrix is loaded.
  */
 KVTL_API int mdllpoptimize_prob(MDLprob prob, const char *options);
@@ -1567,8 +1566,13 @@ KVTL_API int mdllpoptimize_prob(MDLprob prob, const char *options);
  * - 1524 E `(mipoptimize) Korvex-Optimizer error %d during '%s'. Return
  *   value: %d.`: an engine call failed (also when a search callback asked
  *   to stop).
- * - 1522 E `Korvex-Optimizer error getting %s status.`
- * - 1573 W `(mipoptimize) 'begincb' without matching 'endcb'.`
+ * - 1522 E `Korvex-Optimizer error getting %s status.`: the MIP status
+ *   after the run could not be read ("MIP") or is unknown ("solution").
+ * - 1524 E `(solution) Korvex-Optimizer error %d during 'getintattrib'.
+ *   Return value: %d.`: the state of an LP solution could not be read.
+ * - 1521 E `Korvex-Optimizer error getting objective function value.`
+ * - 1573 W `(mipoptimize) 'begincb' without matching 'endcb'.`: a callback
+ *   bracket was left open; it is closed.
  * - the messages of mdlloadmat_prob when the matrix is loaded.
  */
 KVTL_API int mdlmipoptimize_prob(MDLprob prob, const char *options);
@@ -1582,8 +1586,13 @@ KVTL_API int mdlmipoptimize_prob(MDLprob prob, const char *options);
  * - 1523 E `Unknown solution option '%c'.`
  * - 1524 E `(minim) Korvex-Optimizer error %d during '%s'. Return value:
  *   %d.`: an engine call (initglobal, minim, getintattrib) failed.
- * - 1522 E `Korvex-Optimizer error getting %s status.`
- * - 1573 W `(minim) 'begincb' without matching 'endcb'.`
+ * - 1522 E `Korvex-Optimizer error getting %s status.`: the MIP status
+ *   after the run could not be read ("MIP") or is unknown ("solution").
+ * - 1524 E `(solution) Korvex-Optimizer error %d during 'getintattrib'.
+ *   Return value: %d.`: the state of an LP solution could not be read.
+ * - 1521 E `Korvex-Optimizer error getting objective function value.`
+ * - 1573 W `(minim) 'begincb' without matching 'endcb'.`: a callback
+ *   bracket was left open; it is closed.
  * - the messages of mdlloadmat_prob when the matrix is loaded.
  */
 KVTL_API int mdlminim_prob(MDLprob prob, const char *options);
@@ -1595,8 +1604,13 @@ KVTL_API int mdlminim_prob(MDLprob prob, const char *options);
  * - 1523 E `Unknown solution option '%c'.`
  * - 1524 E `(maxim) Korvex-Optimizer error %d during '%s'. Return value:
  *   %d.`
- * - 1522 E `Korvex-Optimizer error getting %s status.`
- * - 1573 W `(maxim) 'begincb' without matching 'endcb'.`
+ * - 1522 E `Korvex-Optimizer error getting %s status.`: the MIP status
+ *   after the run could not be read ("MIP") or is unknown ("solution").
+ * - 1524 E `(solution) Korvex-Optimizer error %d during 'getintattrib'.
+ *   Return value: %d.`: the state of an LP solution could not be read.
+ * - 1521 E `Korvex-Optimizer error getting objective function value.`
+ * - 1573 W `(maxim) 'begincb' without matching 'endcb'.`: a callback
+ *   bracket was left open; it is closed.
  * - the messages of mdlloadmat_prob when the matrix is loaded.
  */
 KVTL_API int mdlmaxim_prob(MDLprob prob, const char *options);
@@ -1620,6 +1634,7 @@ KVTL_API int mdlsolve_prob(MDLprob prob, const char *options);
  *   solved.`: the engine holds no such solution, or the model changed.
  * - 1524 E `(sync) Korvex-Optimizer error %d during 'getintattrib'. Return
  *   value: %d.`
+ * - 1521 E `Korvex-Optimizer error getting objective function value.`
  */
 KVTL_API int mdlsync_prob(MDLprob prob, int mode);
 /**
@@ -1813,7 +1828,12 @@ KVTL_API int mdlwritebinsol_prob(MDLprob prob, const char *file, const char *fla
  * - 1501 E `(readbinsol) No active problem.`: @p prob is null.
  * - 1524 E `(readbinsol) Korvex-Optimizer error %d during 'readbinsol'.
  *   Return value: %d.`
- * - 1522 E `Korvex-Optimizer error getting MIP status.`
+ * - 1522 E `Korvex-Optimizer error getting %s status.`: the MIP status of
+ *   the solution read could not be read ("MIP") or is unknown
+ *   ("solution").
+ * - 1524 E `(solution) Korvex-Optimizer error %d during 'getintattrib'.
+ *   Return value: %d.`
+ * - 1521 E `Korvex-Optimizer error getting objective function value.`
  */
 KVTL_API int mdlreadbinsol_prob(MDLprob prob, const char *file, const char *flags);
 /**
@@ -1824,7 +1844,12 @@ KVTL_API int mdlreadbinsol_prob(MDLprob prob, const char *file, const char *flag
  * - 1501 E `(readslxsol) No active problem.`: @p prob is null.
  * - 1524 E `(readslxsol) Korvex-Optimizer error %d during 'readslxsol'.
  *   Return value: %d.`
- * - 1522 E `Korvex-Optimizer error getting MIP status.`
+ * - 1522 E `Korvex-Optimizer error getting %s status.`: the MIP status of
+ *   the solution read could not be read ("MIP") or is unknown
+ *   ("solution").
+ * - 1524 E `(solution) Korvex-Optimizer error %d during 'getintattrib'.
+ *   Return value: %d.`
+ * - 1521 E `Korvex-Optimizer error getting objective function value.`
  */
 KVTL_API int mdlreadslxsol_prob(MDLprob prob, const char *file, const char *flags);
 
@@ -2283,7 +2308,7 @@ KVTL_API int mdlgetmiis_prob(MDLprob prob, MDLvar **vars, int *nvars, MDLctr **c
 /**
  * As mdlgetmiis_prob without the sets.
  * @par Messages
- * The messages of mdlgetmiis_prob.
+ * - the messages of mdlgetmiis_prob.
  */
 KVTL_API int mdlgetiis_prob(MDLprob prob, MDLvar **vars, int *nvars, MDLctr **ctrs, int *nctrs,
                             int num);
@@ -2364,7 +2389,6 @@ KVTL_API int mdlsetsolvar(MDLsol sol, MDLvar var, double value);
  * - 1506 E `(setsolarrvar) No array of variables given.`: @p arr is null.
  * - 1512 E `(setsolarrvar) No array of constants given.`: @p values is
  *   null.
- * - 1505 E `(setsolarrvar) No variable given.`: a slot is empty.
  * - 1599 W `(setsolarrvar) Removing var %s, set to a NaN value, from
  *   solution.`
  * - 1502 E `Not enough memory.`
