@@ -70,51 +70,51 @@ int KVSLinit(const char *path);
  * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...). */
 int KVSLfree(void);
 /** Create an empty problem with default controls; *prob receives it.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLcreateprob(KVSLprob *prob);
 /** Destroy a problem and everything it holds.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLdestroyprob(KVSLprob prob);
 /** Set the problem's name (the base of its side files: .sol, .rng, .glb).
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLsetprobname(KVSLprob prob, const char *name);
 /** Install (or with cb NULL remove) the message callback of a problem.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLsetcbmessage(KVSLprob prob, KVSLmsgcb cb, void *user);
 
 /* ---- Controls and attributes (numbers in the tables below) --------------- */
 
 /** Set an integer control (numbers: ::KVSL_CTRL_SCALING ...).
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLsetintcontrol(KVSLprob prob, int control, int value);
 /** Read an integer control into *value.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLgetintcontrol(KVSLprob prob, int control, int *value);
 /** Set a double control (numbers: ::KVSL_CTRL_FEASTOL ...).
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLsetdblcontrol(KVSLprob prob, int control, double value);
 /** Read a double control into *value.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLgetdblcontrol(KVSLprob prob, int control, double *value);
 /** Restore one control (integer or double) to its default value.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLsetdefaultcontrol(KVSLprob prob, int control);
 /** Read an integer attribute (::KVSL_ATTR_ROWS ...) into *value.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLgetintattrib(KVSLprob prob, int attrib, int *value);
 /** Read a double attribute (::KVSL_ATTR_LPOBJVAL ...) into *value.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLgetdblattrib(KVSLprob prob, int attrib, double *value);
 
 /* ---- Loading a matrix ----------------------------------------------------- */
@@ -139,8 +139,8 @@ int KVSLgetdblattrib(KVSLprob prob, int attrib, double *value);
  *                       are setcol[setstart[s] .. setstart[s+1]-1] with
  *                       reference values (weights) setref[...]; setstart has
  *                       nsets + 1 entries.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLloadlp64(KVSLprob prob, const char *name, int ncols, int nrows,
                  const char rowtype[], const double rhs[], const double range[],
@@ -150,8 +150,8 @@ int KVSLloadlp64(KVSLprob prob, const char *name, int ncols, int nrows,
 
 /** Load an LP with a quadratic objective (nqobj triples qobjcol1, qobjcol2,
  * qobjval); the other arguments as KVSLloadlp64.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadqp64(KVSLprob prob, const char *name, int ncols, int nrows,
                  const char rowtype[], const double rhs[], const double range[],
                  const double obj[], const int64_t colstart[],
@@ -163,8 +163,8 @@ int KVSLloadqp64(KVSLprob prob, const char *name, int ncols, int nrows,
 /** Load a problem with a quadratic objective and quadratic rows (nqrows rows
  * qrow[k] with qrowcount[k] triples each in qrowcol1, qrowcol2, qrowval);
  * the other arguments as KVSLloadqp64.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadqcqp64(KVSLprob prob, const char *name, int ncols, int nrows,
                    const char rowtype[], const double rhs[],
                    const double range[], const double obj[],
@@ -179,8 +179,8 @@ int KVSLloadqcqp64(KVSLprob prob, const char *name, int ncols, int nrows,
 /** Load a linear problem with global entities (nglobal entities enttype,
  * entcol, entlimit; nsets sets settype, setstart, setcol, setref); the
  * other arguments as KVSLloadlp64.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
                      const char rowtype[], const double rhs[],
                      const double range[], const double obj[],
@@ -194,8 +194,8 @@ int KVSLloadglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
 
 /** Load a problem with a quadratic objective and global entities; the
  * arguments as KVSLloadqp64 and KVSLloadglobal64.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadqglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
                       const char rowtype[], const double rhs[],
                       const double range[], const double obj[],
@@ -211,8 +211,8 @@ int KVSLloadqglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
 
 /** Load a problem with a quadratic objective, quadratic rows and global
  * entities; the arguments as KVSLloadqcqp64 and KVSLloadglobal64.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadqcqpglobal64(
     KVSLprob prob, const char *name, int ncols, int nrows, const char rowtype[],
     const double rhs[], const double range[], const double obj[],
@@ -228,50 +228,50 @@ int KVSLloadqcqpglobal64(
 /**
  * Change n objective coefficients.  Column -1 is the objective constant, kept
  * with the opposite sign: a value v at column -1 makes the objective c'x - v.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLchgobj(KVSLprob prob, int n, const int col[], const double val[]);
 /** Objective sense: 1 minimise, -1 maximise.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLchgobjsense(KVSLprob prob, int sense);
 /**
  * Change n bounds: bndtype[k] is 'L' (lower), 'U' (upper) or 'B' (both) of
  * column col[k], to val[k].  Takes effect on the loaded matrix at once.  The
  * solution held (and the statuses) stay readable until the next
  * optimisation, as for KVSLchgglblimit and KVSLchgobjsense.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLchgbounds(KVSLprob prob, int n, const int col[], const char bndtype[],
                   const double val[]);
 /** Change the limits of n partial integer / semi-continuous entities.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLchgglblimit(KVSLprob prob, int n, const int col[],
                     const double limit[]);
 /** Mark n rows as model cuts: valid inequalities the search may use as cuts.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadmodelcuts(KVSLprob prob, int n, const int row[]);
 /**
  * Make n rows indicator rows: row[k] must hold when column col[k] (a binary)
  * equals 1 (flag[k] = 1) or 0 (flag[k] = -1).  flag 0 makes it a plain row.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLsetindicators(KVSLprob prob, int n, const int row[], const int col[],
                       const int flag[]);
 /** Mark n rows as delayed: enforced lazily, never violated by a solution.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloaddelayedrows(KVSLprob prob, int n, const int row[]);
 /**
  * Names of rows (type 1), columns (type 2) or sets (type 3) first..last:
  * the names follow each other in names, each ended by a zero byte.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLaddnames(KVSLprob prob, int type, const char names[], int first,
                  int last);
@@ -280,8 +280,8 @@ int KVSLaddnames(KVSLprob prob, int type, const char names[], int first,
  * set number -obj[k] (sets counted from 1).  prio[k]: priority 0..1000, a
  * lower value branched on first; dir[k]: 'U' up first, 'D' down first,
  * 'N' no preference; up[k], down[k]: pseudo costs per unit.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLloaddirs(KVSLprob prob, int n, const int obj[], const int prio[],
                  const char dir[], const double up[], const double down[]);
@@ -297,37 +297,37 @@ int KVSLloaddirs(KVSLprob prob, int n, const int obj[], const int prio[],
  *   c  continue from the current state (KVSLlpoptimize, KVSLmipoptimize)
  * KVSLlpoptimize solves the LP relaxation (with a quadratic objective: the
  * QP); KVSLmipoptimize always runs the global search.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLlpoptimize(KVSLprob prob, const char *flags);
 /** Run the global search (always, whatever the entities), with the option
  * letters of KVSLlpoptimize.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLmipoptimize(KVSLprob prob, const char *flags);
 /** Set the objective sense to minimise (maximise) and optimise.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLminim(KVSLprob prob, const char *flags);
 /** Set the objective sense to maximise and optimise, as KVSLminim.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLmaxim(KVSLprob prob, const char *flags);
 /** Bring a presolved problem back to its original form (no-op otherwise).
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLpostsolve(KVSLprob prob);
 /** Prepare a new global search from the root (drops the previous tree).
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLinitglobal(KVSLprob prob);
 /**
  * Fix every global entity at its value in the current MIP solution (rounded
  * to the nearest integer when round is non-zero), so that a following LP
  * gives duals and reduced costs for the fixed problem.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLfixglobals(KVSLprob prob, int round);
 
@@ -335,24 +335,24 @@ int KVSLfixglobals(KVSLprob prob, int round);
 
 /** LP solution: ncols values, nrows slacks, nrows duals, ncols reduced costs;
  * any may be NULL.  Slack of row i is rhs_i - activity_i.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLgetlpsol(KVSLprob prob, double x[], double slack[], double dual[],
                  double dj[]);
 /** Best MIP solution: ncols values and nrows slacks (either may be NULL).
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLgetmipsol(KVSLprob prob, double x[], double slack[]);
 /** Compute ranging (sensitivity) information of the current LP solution.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLrange(KVSLprob prob);
 /**
  * Row ranging, nrows each: upact/loact the activity range over which the
  * row's dual stays valid, uup/udn the objective change per unit of activity
  * up and down.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLgetrowrange(KVSLprob prob, double upact[], double loact[],
                     double uup[], double udn[]);
@@ -360,48 +360,48 @@ int KVSLgetrowrange(KVSLprob prob, double upact[], double loact[],
  * Column ranging, ncols each: upact/loact the value range of the column,
  * uup/udn the objective change per unit up and down, ucost/lcost the
  * objective coefficient range over which the basis stays optimal.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLgetcolrange(KVSLprob prob, double upact[], double loact[],
                     double uup[], double udn[], double ucost[],
                     double lcost[]);
 /** Solution files (formats documented with the engine).
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLwritesol(KVSLprob prob, const char *file, const char *flags);
 /** Write the solution as a printable report.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLwriteprtsol(KVSLprob prob, const char *file, const char *flags);
 /** Write the solution as an slx file.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLwriteslxsol(KVSLprob prob, const char *file, const char *flags);
 /** Write the solution as a binary file.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLwritebinsol(KVSLprob prob, const char *file, const char *flags);
 /** Read a binary solution file; it becomes the problem's solution.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLreadbinsol(KVSLprob prob, const char *file, const char *flags);
 /** Read an slx solution file; it becomes the problem's solution.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLreadslxsol(KVSLprob prob, const char *file, const char *flags);
 
 /* ---- Bases and infeasible subsystems -------------------------------------- */
 
 /** Basis statuses 0 at lower bound, 1 basic, 2 at upper bound, 3 super-basic
  * (free non-basic); nrows row statuses and ncols column statuses.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLgetbasis(KVSLprob prob, int rowstat[], int colstat[]);
 /** Load a basis: nrows row statuses and ncols column statuses (as
  * KVSLgetbasis).
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadbasis(KVSLprob prob, const int rowstat[], const int colstat[]);
 /**
  * Infeasible subsystems (IIS) of the loaded LP, or of a MIP's relaxation.
@@ -425,34 +425,34 @@ int KVSLloadbasis(KVSLprob prob, const int rowstat[], const int colstat[]);
  * stay readable after changes, as solutions do).
  *
  * *count: the number of IIS found so far, -1 when no search has run.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLiisstatus(KVSLprob prob, int *count);
 /** Find every IIS; the count is then attribute KVSL_ATTR_NUMIIS.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLiisall(KVSLprob prob);
 /**
  * Start a search (mode 0: IIS 0, the approximation from the infeasibility
  * proof; mode 1: the first irreducible subsystem, IIS 1) and go on with the
  * next; *status is 0 when one was found, 1 when the search has ended.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLiisfirst(KVSLprob prob, int mode, int *status);
 /** Go on with the next IIS of a search started by KVSLiisfirst; *status is
  * 0 when one was found, 1 when the search has ended.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLiisnext(KVSLprob prob, int *status);
 /**
  * Data of IIS num: *nrows and *ncols receive its sizes; rowind, colind and
  * rowtype (may be NULL) its row numbers, column numbers and the type letters
  * of its rows ('1' or '2' for a special ordered set, whose "row" index is
  * then the set number - 1).
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLgetiisdata(KVSLprob prob, int num, int *nrows, int *ncols,
                    int rowind[], int colind[], char rowtype[]);
@@ -467,8 +467,8 @@ int KVSLgetiisdata(KVSLprob prob, int num, int *nrows, int *ncols,
  * 2 when a subproblem stayed undecided within its time limit, so that the
  * subsystem is infeasible but not proved irreducible.
  * A num without data fails with KVSL_ERR_INDEX.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLgetiisbounds(KVSLprob prob, int num, char bndtype[], int *flags);
 
@@ -488,8 +488,8 @@ int KVSLgetiisbounds(KVSLprob prob, int num, char bndtype[], int *flags);
  * through preprocessing, and is the result when the search finds nothing
  * better.  Each start serves one search.  A problem without entities
  * solves its LP and ignores the starts.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLaddmipsol(KVSLprob prob, int n, const double val[], const int col[],
                   const char *name);
@@ -499,15 +499,15 @@ int KVSLaddmipsol(KVSLprob prob, int n, const double val[], const int col[],
  * and also starts the next search), 1 a bound or row violated or a value
  * not finite, 2 worse than the MIP solution held, 3 an entity or set
  * violated.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadmipsol(KVSLprob prob, const double x[], int *status);
 /**
  * Add ncuts cuts to the current node problem: cut k has type number
  * cuttype[k], row type rowtype[k] ('L', 'G', 'E'), right-hand side rhs[k] and
  * coefficients col/val[start[k] .. start[k+1]-1].
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLaddcuts(KVSLprob prob, int ncuts, const int cuttype[],
                 const char rowtype[], const double rhs[],
@@ -516,8 +516,8 @@ int KVSLaddcuts(KVSLprob prob, int ncuts, const int cuttype[],
  * Cuts of the cut pool whose type number is cuttype (-1 any) and whose
  * interpretation is interp (-1 any): *ncuts receives how many there are and
  * up to size of them are written to cuts.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLgetcutlist(KVSLprob prob, int cuttype, int interp, int *ncuts,
                    int size, KVSLcut cuts[]);
@@ -526,8 +526,8 @@ int KVSLgetcutlist(KVSLprob prob, int cuttype, int interp, int *ncuts,
  * entries, start[ncuts] the total number of coefficients), columns and
  * values (room for size coefficients; with a smaller size than needed only
  * start is filled), right-hand sides.  Any array but start may be NULL.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
                   int cuttype[], char rowtype[], int64_t start[], int col[],
@@ -682,8 +682,10 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
                                        indicator column that is not a binary
                                        ('B', or 'I' within [0, 1]) */
 
-/* ---- Callbacks of the global search and the cut pool ----------------------
- *
+/* ---- Callbacks of the global search and the cut pool ---------------------- */
+/**
+ * @file kvsl.h
+ * @par Callbacks of the global search and the cut pool
  * An application can take part in the global search of a problem through
  * two callbacks registered on it.  Both run in the thread that called the
  * optimisation (a problem with callbacks is searched with one thread), with
@@ -729,18 +731,20 @@ typedef int (*KVSLcbpreintsol)(KVSLprob prob, void *user, const double x[], int 
                                int *reject);
 /** Register (or with a null function remove) the cut manager callback of
  * the global search.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLsetcbcutmgr(KVSLprob prob, KVSLcbcutmgr f, void *user);
 /** Register (or with a null function remove) the candidate-solution
  * callback of the global search.
- * @return 0 on success; otherwise non-zero, the error code (::KVSL_ERR_NOTINIT
- *         ...) then readable as attribute ::KVSL_ATTR_ERRORCODE. */
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLsetcbpreintsol(KVSLprob prob, KVSLcbpreintsol f, void *user);
 #define KVSL_ERR_CALLBACK 13        /**< a search callback asked to stop */
 
 /* ---- Quadratic models ------------------------------------------------------ */
-/*
+/**
+ * @file kvsl.h
+ * @par Quadratic models
  * Continuous problems with a quadratic objective or quadratic rows are
  * solved by an interior-point method (Ipopt, on the exact first and second
  * derivatives) to a relative accuracy of about 1e-9; the option letters

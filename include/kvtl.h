@@ -95,9 +95,10 @@ KVTL_API int mdlslfinish(void);
  */
 KVTL_API int mdlslinitj(void);
 /**
- * Start-up for a managed-runtime wrapper: as mdlslinitj, and installs
- * memory hooks so that the runtime hears of net memory changes in steps of
- * at least the memory-usage threshold (set to 262144 bytes).
+ * Start-up for a managed-runtime wrapper: as mdlslinitj; the first wrapper
+ * start-up also installs memory hooks so that the runtime hears of net
+ * memory changes in steps of at least the memory-usage threshold (set to
+ * 262144 bytes).
  * @param grow   called with the bytes of a net growth past the threshold.
  * @param shrink called with the bytes of a net shrink past the threshold.
  * @return 0, or 1 when it undid an earlier start-up.
@@ -313,8 +314,8 @@ KVTL_API int mdlsetsense_prob(MDLprob prob, int maximise);
 KVTL_API int mdlgetsense_prob(MDLprob prob);
 /**
  * Status flags of a problem: 1 loaded, 2 directives pending, 4 modified
- * since the last load, 8 solution available, 64 the solution comes from
- * outside (a solution file or a loaded MIP solution).
+ * since the last load, 8 solution available, 64 the solution was given by
+ * the application (mdlloadmipsol_prob without the solver's check).
  * @return the flags, 0 for a null problem.
  * @par Messages
  * - 1501 E `(getprobstat) No active problem.`: @p prob is null.
@@ -928,7 +929,8 @@ KVTL_API int mdladd_qtermlst(MDLtermlst *target, MDLtermlst *source);
 /* ---- Expressions ------------------------------------------------------------ */
 
 /** A free-standing expression: constant plus linear and quadratic terms,
- *  kept in the library's global pool.  As a relation it reads: terms plus
+ *  kept in the library's global pool; its terms hold a reference on their
+ *  problem, whose memory stays until the expression is deleted.  As a relation it reads: terms plus
  *  constant, related to 0 (a constraint's rhs is the negated constant).  A
  *  null expression reads as the empty one where it is only read. */
 typedef struct mdl_expr *MDLexpr;
@@ -1868,7 +1870,10 @@ KVTL_API MDLkvslprob mdlgetkvslprob_prob(MDLprob prob);
 
 /** A cut: a linear inequality or equation kept outside the model, in the
  *  problem's pool, and sent to the engine only by mdladdcuts_prob (usually
- *  from a callback during the search).  Types: 1 L (<=), 2 G (>=), 3 E (=). */
+ *  from a callback during the search).  Types: 1 L (<=), 2 G (>=), 3 E (=).
+ *  Cuts are created and deleted by the application: a cut with terms holds
+ *  a reference on its problem, whose memory stays until the cut is deleted
+ *  with mdldelcut (also after mdldelprob_prob). */
 typedef struct mdl_cut *MDLcut;
 
 /**
@@ -2008,7 +2013,8 @@ KVTL_API int mdlsetcutterm(MDLcut cut, MDLvar var, double value);
  */
 KVTL_API int mdldelcutterm(MDLcut cut, MDLvar var);
 /**
- * Delete a cut.
+ * Delete a cut: its terms (and their reference on the problem) and the
+ * record.
  * @return 0, or 1 on failure.
  * @par Messages
  * - 1509 E `(delcut) No cut given.`: @p cut is null.
@@ -2438,7 +2444,8 @@ KVTL_API int mdlgetsolvar(MDLsol sol, MDLvar var, double *value);
  */
 KVTL_API int mdlprintsol(MDLsol sol);
 /**
- * Delete the solution (and drop its reference on the problem).
+ * Delete the solution and drop its reference on the problem (a solution
+ * outlives mdldelprob_prob until it is deleted).
  * @return 0, or 1 on failure.
  * @par Messages
  * - 1597 E `(delsol) No solution given.`: @p sol is null.
