@@ -2110,8 +2110,9 @@ enum {
  * @par Messages
  * - 1501 E `(exportprob) No active problem.`: @p prob is null.
  * - 1580 W `Unknown output file format %d.`
- * - 1582 E `Internal error writing MPS file.`: a row or column could not
- *   be written.
+ * - 1582 E `Internal error writing MPS file.`: a column holds more
+ *   coefficients than the generated matrix counted for it (the term is
+ *   left out).
  * - 1502 E `Not enough memory.`
  * - the messages of mdlloadmat_prob.
  */

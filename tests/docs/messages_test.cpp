@@ -185,6 +185,10 @@ class DocumentedMessages : public ::testing::Test {
 
 #define T(fn, num, expr, result) {#fn, num, [&]() { return static_cast<double>(expr); }, result}
 #define TP(fn, num, expr) {#fn, num, [&]() { return ptr(expr); }, 0}
+// A solution-file call without a problem, and with its engine call failing.
+#define SOLUTION_FILE(fn, call)                                   \
+  T(fn, 1501, fn(nullptr, "f", nullptr), 1),                      \
+      T(fn, 1524, (fake::fail_call(#call, 1, 7), fn(p, "f", "")), 1)
 #define TS(fn, num, expr, result) {#fn, num, [&]() { return static_cast<double>(expr); }, result, false}
 
 TEST_F(DocumentedMessages, EveryTriggeredMessageIsDocumentedWithItsTextKindAndResult) {
@@ -571,24 +575,12 @@ TEST_F(DocumentedMessages, EveryTriggeredMessageIsDocumentedWithItsTextKindAndRe
       T(mdlgetobjval_prob, 1520, (mdlsync_prob(p, 2), mdlgetobjval_prob(p)), 0),
       T(mdlgetvarrng, 1505, mdlgetvarrng(nullptr, MDL_RNG_UPACT), 0),
       T(mdlgetctrrng, 1507, mdlgetctrrng(nullptr, MDL_RNG_UPACT), 0),
-      T(mdlwritesol_prob, 1501, mdlwritesol_prob(nullptr, "f", nullptr), 1),
-      T(mdlwritesol_prob, 1524, (fake::fail_call("KVSLwritesol", 1, 7), mdlwritesol_prob(p, "f", "")),
-        1),
-      T(mdlwriteprtsol_prob, 1501, mdlwriteprtsol_prob(nullptr, "f", nullptr), 1),
-      T(mdlwriteprtsol_prob, 1524,
-        (fake::fail_call("KVSLwriteprtsol", 1, 7), mdlwriteprtsol_prob(p, "f", "")), 1),
-      T(mdlwriteslxsol_prob, 1501, mdlwriteslxsol_prob(nullptr, "f", nullptr), 1),
-      T(mdlwriteslxsol_prob, 1524,
-        (fake::fail_call("KVSLwriteslxsol", 1, 7), mdlwriteslxsol_prob(p, "f", "")), 1),
-      T(mdlwritebinsol_prob, 1501, mdlwritebinsol_prob(nullptr, "f", nullptr), 1),
-      T(mdlwritebinsol_prob, 1524,
-        (fake::fail_call("KVSLwritebinsol", 1, 7), mdlwritebinsol_prob(p, "f", "")), 1),
-      T(mdlreadbinsol_prob, 1501, mdlreadbinsol_prob(nullptr, "f", nullptr), 1),
-      T(mdlreadbinsol_prob, 1524,
-        (fake::fail_call("KVSLreadbinsol", 1, 7), mdlreadbinsol_prob(p, "f", "")), 1),
-      T(mdlreadslxsol_prob, 1501, mdlreadslxsol_prob(nullptr, "f", nullptr), 1),
-      T(mdlreadslxsol_prob, 1524,
-        (fake::fail_call("KVSLreadslxsol", 1, 7), mdlreadslxsol_prob(p, "f", "")), 1),
+      SOLUTION_FILE(mdlwritesol_prob, KVSLwritesol),
+      SOLUTION_FILE(mdlwriteprtsol_prob, KVSLwriteprtsol),
+      SOLUTION_FILE(mdlwriteslxsol_prob, KVSLwriteslxsol),
+      SOLUTION_FILE(mdlwritebinsol_prob, KVSLwritebinsol),
+      SOLUTION_FILE(mdlreadbinsol_prob, KVSLreadbinsol),
+      SOLUTION_FILE(mdlreadslxsol_prob, KVSLreadslxsol),
       // cuts
       TP(mdlnewcut_prob, 1501, mdlnewcut_prob(nullptr, 1, 0)),
       TP(mdlnewcut_prob, 1535, mdlnewcut_prob(p, 4, 0)),
