@@ -1027,6 +1027,7 @@ KVTL_API int mdlgetstatexpr(MDLexpr expr);
  *   solved.`: a variable has a column but there is no usable solution.
  * - 1524 E `(getsol) Korvex-Optimizer error %d during '%s'. Return value:
  *   %d.`: the engine failed to give the solution.
+ * - 1502 E `Not enough memory.`
  */
 KVTL_API double mdlevalexpr(MDLexpr expr);
 /**
@@ -2174,6 +2175,7 @@ KVTL_API int mdlprintvar(MDLvar var);
  * @return 0, or 1 for a null array.
  * @par Messages
  * - 1506 E `(printarrvar) No array of variables given.`: @p arr is null.
+ * - the messages of mdlprintvar for each variable.
  */
 KVTL_API int mdlprintarrvar(MDLarrvar arr);
 
