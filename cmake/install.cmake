@@ -10,6 +10,8 @@ set_target_properties(kvtl PROPERTIES INSTALL_RPATH "$ORIGIN")
 
 install(TARGETS kvtl kvsl EXPORT kvtlTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+# The command-line solver kvtl goes to bin/ by its own rule in
+# tools/CMakeLists.txt, where its target is made.
 install(FILES ${CMAKE_SOURCE_DIR}/include/kvtl.h ${CMAKE_SOURCE_DIR}/include/kvsl.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 # The header-only C++ interface.

@@ -18,43 +18,13 @@
 
 #include "kvsl.h"
 #include "kvtl.h"
+#include "iis_report.h"
 #include "mps_model.h"
 
 static double wall_seconds() {
   timespec ts;
   clock_gettime(CLOCK_MONOTONIC, &ts);
   return ts.tv_sec + ts.tv_nsec * 1e-9;
-}
-
-// Print IIS n as "IIS n: r rows, b bounds", then its rows and bounds; the
-// bound types come from the engine, in the order of the variables.
-static bool print_iis(MDLprob prob, int n) {
-  MDLvar *vars = nullptr;
-  MDLctr *ctrs = nullptr;
-  int nvars = 0, nctrs = 0;
-  if (mdlgetiis_prob(prob, &vars, &nvars, &ctrs, &nctrs, n) != 0) return false;
-  std::string bounds(static_cast<size_t>(nvars), '?');
-  bool ok = nvars == 0 ||
-            KVSLgetiisbounds(mdlgetkvslprob_prob(prob), n, bounds.data(), nullptr) == 0;
-  if (ok) {
-    printf("IIS %d: %d rows, %d bounds\n", n, nctrs, nvars);
-    for (int k = 0; k < nctrs; ++k) printf("row %s\n", mdlgetctrname(ctrs[k]));
-    for (int k = 0; k < nvars; ++k)
-      printf("bound %s %s\n", mdlgetvarname(vars[k]), bounds[static_cast<size_t>(k)] == 'U' ? "upper" : "lower");
-  }
-  mdlfreeiismem(vars);
-  mdlfreeiismem(ctrs);
-  return ok;
-}
-
-// Print every IIS of an infeasible model; false when the analysis failed.
-static bool print_all_iis(MDLprob prob) {
-  int count = mdlgetnumiis_prob(prob);
-  if (count < 0) return false;
-  if (count == 0) printf("no IIS found\n");
-  for (int n = 1; n <= count; ++n)
-    if (!print_iis(prob, n)) return false;
-  return true;
 }
 
 int main(int argc, char **argv) {

@@ -39,6 +39,20 @@ ldd "$prefix/lib/libkvtl.so.4.8" >"$work/ldd_lib.txt"
 grep -q "libkvsl.so.29.01 => $prefix/lib/libkvsl.so.29.01" "$work/ldd_lib.txt" ||
   { cat "$work/ldd_lib.txt"; fail "installed libkvtl does not load the installed libkvsl"; }
 
+# The command-line solver runs from the prefix and loads the libraries there.
+[ -x "$prefix/bin/kvtl" ] || fail "bin/kvtl not installed"
+"$prefix/bin/kvtl" --version >"$work/kvtl_version.txt" 2>&1 ||
+  { cat "$work/kvtl_version.txt"; fail "the installed kvtl does not run"; }
+grep -q "^kvtl (Tessel library 4.8.8)$" "$work/kvtl_version.txt" ||
+  { cat "$work/kvtl_version.txt"; fail "the installed kvtl gives another version"; }
+ldd "$prefix/bin/kvtl" >"$work/ldd_tool.txt"
+for lib in libkvtl.so.4.8 libkvsl.so.29.01; do
+  # It finds them by a path relative to itself (bin/../lib).
+  path=$(awk -v lib="$lib" '$1 == lib { print $3 }' "$work/ldd_tool.txt")
+  [ -n "$path" ] && [ "$(realpath "$path")" = "$prefix/lib/$lib" ] ||
+    { cat "$work/ldd_tool.txt"; fail "the installed kvtl does not load the installed $lib"; }
+done
+
 # The consumer sees a copy of the example, not the source tree.
 mkdir "$work/app"
 cp "$src/examples/knapsack.c" "$src/examples/knapsack.cpp" "$work/app/"
