@@ -3,7 +3,7 @@
 JOBS ?= $(shell nproc)
 CMAKE_FLAGS ?=
 
-.PHONY: all deps build demo test test-slow test-asan test-tsan bench fuzz clean install
+.PHONY: all deps build demo test test-slow test-asan test-tsan bench fuzz clean install docs
 
 all: build
 
@@ -58,6 +58,14 @@ fuzz:
 	UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 ./build-fuzz/tests/reader_fuzz \
 	  -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 \
 	  -artifact_prefix=build-fuzz/ build-fuzz/reader_corpus tests/fuzz/reader_corpus
+
+# Reference documentation of the public headers (docs/Doxyfile): HTML in
+# build/docs/html, entry page docs/mainpage.md.  An undocumented function,
+# type or constant fails the run.
+docs:
+	@./scripts/install-deps.sh docs
+	mkdir -p build/docs
+	doxygen docs/Doxyfile
 
 clean:
 	rm -rf build build-asan build-tsan build-fuzz

@@ -1,9 +1,10 @@
-/*
- * kvsl.h -- the C interface of the Korvex-Optimizer solver engine (libkvsl).
+/**
+ * @file kvsl.h
+ * @brief The C interface of the Korvex-Optimizer solver engine (libkvsl).
+ *
  * The modelling library talks to the engine only through what is declared here.
  *
- * Conventions
- * -----------
+ * @par Conventions
  * - Every function returns int: 0 on success, non-zero on failure.  After a
  *   failure the engine's error code can be read as integer attribute
  *   KVSL_ATTR_ERRORCODE (1023) of the problem concerned (for the functions
@@ -40,15 +41,16 @@
 extern "C" {
 #endif
 
+/** Infinite bounds and ranges: a value of this magnitude or more is open. */
 #define KVSL_INFINITY 1.0e20
 
-/* An engine problem: a matrix, its controls, attributes and solutions. */
+/** An engine problem: a matrix, its controls, attributes and solutions. */
 typedef struct kvsl_prob *KVSLprob;
 
-/* A cut of the engine's cut pool (KVSLgetcutlist / KVSLgetcpcuts). */
+/** A cut of the engine's cut pool (KVSLgetcutlist / KVSLgetcpcuts). */
 typedef struct kvsl_cut *KVSLcut;
 
-/*
+/**
  * Message callback: every line the engine or its backends print is handed to
  * it, without the trailing newline, with a message type: 1 information,
  * 3 warning, 4 error (0 and 2 are information too; negative types flush and
@@ -61,32 +63,62 @@ typedef void (*KVSLmsgcb)(KVSLprob prob, void *user, const char *text, int len,
 
 /* ---- Start-up and problems ------------------------------------------------ */
 
-/* Start the engine (counted; path is the installation directory, may be NULL). */
+/** Start the engine (counted; path is the installation directory, may be NULL).
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...). */
 int KVSLinit(const char *path);
-/* Finish the engine: undoes one KVSLinit. */
+/** Finish the engine: undoes one KVSLinit.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...). */
 int KVSLfree(void);
-/* Create an empty problem with default controls; *prob receives it. */
+/** Create an empty problem with default controls; *prob receives it.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLcreateprob(KVSLprob *prob);
-/* Destroy a problem and everything it holds. */
+/** Destroy a problem and everything it holds.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLdestroyprob(KVSLprob prob);
-/* Set the problem's name (the base of its side files: .sol, .rng, .glb). */
+/** Set the problem's name (the base of its side files: .sol, .rng, .glb).
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLsetprobname(KVSLprob prob, const char *name);
-/* Install (or with cb NULL remove) the message callback of a problem. */
+/** Install (or with cb NULL remove) the message callback of a problem.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLsetcbmessage(KVSLprob prob, KVSLmsgcb cb, void *user);
 
 /* ---- Controls and attributes (numbers in the tables below) --------------- */
 
+/** Set an integer control (numbers: ::KVSL_CTRL_SCALING ...).
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLsetintcontrol(KVSLprob prob, int control, int value);
+/** Read an integer control into *value.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLgetintcontrol(KVSLprob prob, int control, int *value);
+/** Set a double control (numbers: ::KVSL_CTRL_FEASTOL ...).
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLsetdblcontrol(KVSLprob prob, int control, double value);
+/** Read a double control into *value.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLgetdblcontrol(KVSLprob prob, int control, double *value);
-/* Restore one control (integer or double) to its default value. */
+/** Restore one control (integer or double) to its default value.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLsetdefaultcontrol(KVSLprob prob, int control);
+/** Read an integer attribute (::KVSL_ATTR_ROWS ...) into *value.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLgetintattrib(KVSLprob prob, int attrib, int *value);
+/** Read a double attribute (::KVSL_ATTR_LPOBJVAL ...) into *value.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLgetdblattrib(KVSLprob prob, int attrib, double *value);
 
 /* ---- Loading a matrix ----------------------------------------------------- */
-/*
+/**
  * Every load replaces the problem's matrix, solutions, bases, cuts, entities,
  * names, directives and special rows.  Common arguments:
  *   name      problem name (may be NULL)
@@ -107,6 +139,8 @@ int KVSLgetdblattrib(KVSLprob prob, int attrib, double *value);
  *                       are setcol[setstart[s] .. setstart[s+1]-1] with
  *                       reference values (weights) setref[...]; setstart has
  *                       nsets + 1 entries.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLloadlp64(KVSLprob prob, const char *name, int ncols, int nrows,
                  const char rowtype[], const double rhs[], const double range[],
@@ -114,6 +148,10 @@ int KVSLloadlp64(KVSLprob prob, const char *name, int ncols, int nrows,
                  const int colcount[], const int rowind[],
                  const double rowval[], const double lb[], const double ub[]);
 
+/** Load an LP with a quadratic objective (nqobj triples qobjcol1, qobjcol2,
+ * qobjval); the other arguments as KVSLloadlp64.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadqp64(KVSLprob prob, const char *name, int ncols, int nrows,
                  const char rowtype[], const double rhs[], const double range[],
                  const double obj[], const int64_t colstart[],
@@ -122,6 +160,11 @@ int KVSLloadqp64(KVSLprob prob, const char *name, int ncols, int nrows,
                  int64_t nqobj, const int qobjcol1[], const int qobjcol2[],
                  const double qobjval[]);
 
+/** Load a problem with a quadratic objective and quadratic rows (nqrows rows
+ * qrow[k] with qrowcount[k] triples each in qrowcol1, qrowcol2, qrowval);
+ * the other arguments as KVSLloadqp64.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadqcqp64(KVSLprob prob, const char *name, int ncols, int nrows,
                    const char rowtype[], const double rhs[],
                    const double range[], const double obj[],
@@ -133,6 +176,11 @@ int KVSLloadqcqp64(KVSLprob prob, const char *name, int ncols, int nrows,
                    const int qrowcol1[], const int qrowcol2[],
                    const double qrowval[]);
 
+/** Load a linear problem with global entities (nglobal entities enttype,
+ * entcol, entlimit; nsets sets settype, setstart, setcol, setref); the
+ * other arguments as KVSLloadlp64.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
                      const char rowtype[], const double rhs[],
                      const double range[], const double obj[],
@@ -144,6 +192,10 @@ int KVSLloadglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
                      const int64_t setstart[], const int setcol[],
                      const double setref[]);
 
+/** Load a problem with a quadratic objective and global entities; the
+ * arguments as KVSLloadqp64 and KVSLloadglobal64.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadqglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
                       const char rowtype[], const double rhs[],
                       const double range[], const double obj[],
@@ -157,6 +209,10 @@ int KVSLloadqglobal64(KVSLprob prob, const char *name, int ncols, int nrows,
                       const int64_t setstart[], const int setcol[],
                       const double setref[]);
 
+/** Load a problem with a quadratic objective, quadratic rows and global
+ * entities; the arguments as KVSLloadqcqp64 and KVSLloadglobal64.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadqcqpglobal64(
     KVSLprob prob, const char *name, int ncols, int nrows, const char rowtype[],
     const double rhs[], const double range[], const double obj[],
@@ -169,51 +225,69 @@ int KVSLloadqcqpglobal64(
     const double entlimit[], const char settype[], const int64_t setstart[],
     const int setcol[], const double setref[]);
 
-/*
+/**
  * Change n objective coefficients.  Column -1 is the objective constant, kept
  * with the opposite sign: a value v at column -1 makes the objective c'x - v.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLchgobj(KVSLprob prob, int n, const int col[], const double val[]);
-/* Objective sense: 1 minimise, -1 maximise. */
+/** Objective sense: 1 minimise, -1 maximise.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLchgobjsense(KVSLprob prob, int sense);
-/*
+/**
  * Change n bounds: bndtype[k] is 'L' (lower), 'U' (upper) or 'B' (both) of
  * column col[k], to val[k].  Takes effect on the loaded matrix at once.  The
  * solution held (and the statuses) stay readable until the next
  * optimisation, as for KVSLchgglblimit and KVSLchgobjsense.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLchgbounds(KVSLprob prob, int n, const int col[], const char bndtype[],
                   const double val[]);
-/* Change the limits of n partial integer / semi-continuous entities. */
+/** Change the limits of n partial integer / semi-continuous entities.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLchgglblimit(KVSLprob prob, int n, const int col[],
                     const double limit[]);
-/* Mark n rows as model cuts: valid inequalities the search may use as cuts. */
+/** Mark n rows as model cuts: valid inequalities the search may use as cuts.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadmodelcuts(KVSLprob prob, int n, const int row[]);
-/*
+/**
  * Make n rows indicator rows: row[k] must hold when column col[k] (a binary)
  * equals 1 (flag[k] = 1) or 0 (flag[k] = -1).  flag 0 makes it a plain row.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLsetindicators(KVSLprob prob, int n, const int row[], const int col[],
                       const int flag[]);
-/* Mark n rows as delayed: enforced lazily, never violated by a solution. */
+/** Mark n rows as delayed: enforced lazily, never violated by a solution.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloaddelayedrows(KVSLprob prob, int n, const int row[]);
-/*
+/**
  * Names of rows (type 1), columns (type 2) or sets (type 3) first..last:
  * the names follow each other in names, each ended by a zero byte.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLaddnames(KVSLprob prob, int type, const char names[], int first,
                  int last);
-/*
+/**
  * Branching directives of n objects: obj[k] >= 0 is a column, obj[k] < 0 the
  * set number -obj[k] (sets counted from 1).  prio[k]: priority 0..1000, a
  * lower value branched on first; dir[k]: 'U' up first, 'D' down first,
  * 'N' no preference; up[k], down[k]: pseudo costs per unit.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLloaddirs(KVSLprob prob, int n, const int obj[], const int prio[],
                  const char dir[], const double up[], const double down[]);
 
 /* ---- Optimisation --------------------------------------------------------- */
-/*
+/**
  * Option letters (case-insensitive; unknown letters are ignored by the engine):
  *   p  primal simplex       d  dual simplex (default)   b  barrier
  *   n  network-friendly pricing (taken as primal simplex)
@@ -223,63 +297,113 @@ int KVSLloaddirs(KVSLprob prob, int n, const int obj[], const int prio[],
  *   c  continue from the current state (KVSLlpoptimize, KVSLmipoptimize)
  * KVSLlpoptimize solves the LP relaxation (with a quadratic objective: the
  * QP); KVSLmipoptimize always runs the global search.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLlpoptimize(KVSLprob prob, const char *flags);
+/** Run the global search (always, whatever the entities), with the option
+ * letters of KVSLlpoptimize.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLmipoptimize(KVSLprob prob, const char *flags);
-/* Set the objective sense to minimise (maximise) and optimise. */
+/** Set the objective sense to minimise (maximise) and optimise.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLminim(KVSLprob prob, const char *flags);
+/** Set the objective sense to maximise and optimise, as KVSLminim.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLmaxim(KVSLprob prob, const char *flags);
-/* Bring a presolved problem back to its original form (no-op otherwise). */
+/** Bring a presolved problem back to its original form (no-op otherwise).
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLpostsolve(KVSLprob prob);
-/* Prepare a new global search from the root (drops the previous tree). */
+/** Prepare a new global search from the root (drops the previous tree).
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLinitglobal(KVSLprob prob);
-/*
+/**
  * Fix every global entity at its value in the current MIP solution (rounded
  * to the nearest integer when round is non-zero), so that a following LP
  * gives duals and reduced costs for the fixed problem.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLfixglobals(KVSLprob prob, int round);
 
 /* ---- Solutions ------------------------------------------------------------ */
 
-/* LP solution: ncols values, nrows slacks, nrows duals, ncols reduced costs;
- * any may be NULL.  Slack of row i is rhs_i - activity_i. */
+/** LP solution: ncols values, nrows slacks, nrows duals, ncols reduced costs;
+ * any may be NULL.  Slack of row i is rhs_i - activity_i.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLgetlpsol(KVSLprob prob, double x[], double slack[], double dual[],
                  double dj[]);
-/* Best MIP solution: ncols values and nrows slacks (either may be NULL). */
+/** Best MIP solution: ncols values and nrows slacks (either may be NULL).
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLgetmipsol(KVSLprob prob, double x[], double slack[]);
-/* Compute ranging (sensitivity) information of the current LP solution. */
+/** Compute ranging (sensitivity) information of the current LP solution.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLrange(KVSLprob prob);
-/*
+/**
  * Row ranging, nrows each: upact/loact the activity range over which the
  * row's dual stays valid, uup/udn the objective change per unit of activity
  * up and down.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLgetrowrange(KVSLprob prob, double upact[], double loact[],
                     double uup[], double udn[]);
-/*
+/**
  * Column ranging, ncols each: upact/loact the value range of the column,
  * uup/udn the objective change per unit up and down, ucost/lcost the
  * objective coefficient range over which the basis stays optimal.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLgetcolrange(KVSLprob prob, double upact[], double loact[],
                     double uup[], double udn[], double ucost[],
                     double lcost[]);
-/* Solution files (formats documented with the engine). */
+/** Solution files (formats documented with the engine).
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLwritesol(KVSLprob prob, const char *file, const char *flags);
+/** Write the solution as a printable report.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLwriteprtsol(KVSLprob prob, const char *file, const char *flags);
+/** Write the solution as an slx file.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLwriteslxsol(KVSLprob prob, const char *file, const char *flags);
+/** Write the solution as a binary file.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLwritebinsol(KVSLprob prob, const char *file, const char *flags);
+/** Read a binary solution file; it becomes the problem's solution.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLreadbinsol(KVSLprob prob, const char *file, const char *flags);
+/** Read an slx solution file; it becomes the problem's solution.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLreadslxsol(KVSLprob prob, const char *file, const char *flags);
 
 /* ---- Bases and infeasible subsystems -------------------------------------- */
 
-/* Basis statuses 0 at lower bound, 1 basic, 2 at upper bound, 3 super-basic
- * (free non-basic); nrows row statuses and ncols column statuses. */
+/** Basis statuses 0 at lower bound, 1 basic, 2 at upper bound, 3 super-basic
+ * (free non-basic); nrows row statuses and ncols column statuses.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLgetbasis(KVSLprob prob, int rowstat[], int colstat[]);
+/** Load a basis: nrows row statuses and ncols column statuses (as
+ * KVSLgetbasis).
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadbasis(KVSLprob prob, const int rowstat[], const int colstat[]);
-/*
+/**
  * Infeasible subsystems (IIS) of the loaded LP, or of a MIP's relaxation.
  * Members are rows and single column bounds (a lower or an upper bound).
  * IIS n >= 1 is irreducible: its rows and bounds alone (every other row free,
@@ -301,26 +425,38 @@ int KVSLloadbasis(KVSLprob prob, const int rowstat[], const int colstat[]);
  * stay readable after changes, as solutions do).
  *
  * *count: the number of IIS found so far, -1 when no search has run.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLiisstatus(KVSLprob prob, int *count);
-/* Find every IIS; the count is then attribute KVSL_ATTR_NUMIIS. */
+/** Find every IIS; the count is then attribute KVSL_ATTR_NUMIIS.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLiisall(KVSLprob prob);
-/*
+/**
  * Start a search (mode 0: IIS 0, the approximation from the infeasibility
  * proof; mode 1: the first irreducible subsystem, IIS 1) and go on with the
  * next; *status is 0 when one was found, 1 when the search has ended.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLiisfirst(KVSLprob prob, int mode, int *status);
+/** Go on with the next IIS of a search started by KVSLiisfirst; *status is
+ * 0 when one was found, 1 when the search has ended.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLiisnext(KVSLprob prob, int *status);
-/*
+/**
  * Data of IIS num: *nrows and *ncols receive its sizes; rowind, colind and
  * rowtype (may be NULL) its row numbers, column numbers and the type letters
  * of its rows ('1' or '2' for a special ordered set, whose "row" index is
  * then the set number - 1).
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLgetiisdata(KVSLprob prob, int num, int *nrows, int *ncols,
                    int rowind[], int colind[], char rowtype[]);
-/*
+/**
  * Layout of the data of IIS num: rows in increasing row number, their type
  * letters the loaded row types ('L', 'G', 'E', 'R'); then the bounds in
  * increasing column number, a column whose two bounds both belong to the
@@ -331,12 +467,14 @@ int KVSLgetiisdata(KVSLprob prob, int num, int *nrows, int *ncols,
  * 2 when a subproblem stayed undecided within its time limit, so that the
  * subsystem is infeasible but not proved irreducible.
  * A num without data fails with KVSL_ERR_INDEX.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLgetiisbounds(KVSLprob prob, int num, char bndtype[], int *flags);
 
 /* ---- MIP solutions and cuts ---------------------------------------------- */
 
-/*
+/**
  * Offer a (partial) MIP start for the next global search: n values of the
  * given columns (KVSL_ERR_INDEX for a column out of range).  At the start
  * of the search every start offered since the last one is made a full
@@ -359,37 +497,47 @@ int KVSLgetiisbounds(KVSLprob prob, int num, char bndtype[], int *flags);
  * candidate-solution callback.", type 3).  Each start
  * serves one search.  A problem without entities solves its LP and
  * ignores the starts.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLaddmipsol(KVSLprob prob, int n, const double val[], const int col[],
                   const char *name);
-/* Offer a full solution (ncols values), checked against every bound, row
+/** Offer a full solution (ncols values), checked against every bound, row
  * (an indicator row only where in force), entity and set within 1e-6
  * (relative above 1); *status: 0 accepted (it becomes the MIP solution held
  * and also starts the next search), 1 a bound or row violated or a value
  * not finite, 2 worse than the MIP solution held (by more than 1e-9
  * relative; one with the same objective value is accepted and replaces
- * it), 3 an entity or set violated. */
+ * it), 3 an entity or set violated.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLloadmipsol(KVSLprob prob, const double x[], int *status);
-/*
+/**
  * Add ncuts cuts to the current node problem: cut k has type number
  * cuttype[k], row type rowtype[k] ('L', 'G', 'E'), right-hand side rhs[k] and
  * coefficients col/val[start[k] .. start[k+1]-1].
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLaddcuts(KVSLprob prob, int ncuts, const int cuttype[],
                 const char rowtype[], const double rhs[],
                 const int64_t start[], const int col[], const double val[]);
-/*
+/**
  * Cuts of the cut pool whose type number is cuttype (-1 any) and whose
  * interpretation is interp (-1 any): *ncuts receives how many there are and
  * up to size of them are written to cuts.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLgetcutlist(KVSLprob prob, int cuttype, int interp, int *ncuts,
                    int size, KVSLcut cuts[]);
-/*
+/**
  * Data of ncuts pool cuts: type numbers, row types, starts (ncuts + 1
  * entries, start[ncuts] the total number of coefficients), columns and
  * values (room for size coefficients; with a smaller size than needed only
  * start is filled), right-hand sides.  Any array but start may be NULL.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem.
  */
 int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
                   int cuttype[], char rowtype[], int64_t start[], int col[],
@@ -430,27 +578,27 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  *   7021 KVSL_CTRL_CUTOFF       objective cutoff of the search (default
  *                               1e40 minimising, -1e40 maximising: none)
  */
-#define KVSL_CTRL_SCALING 8004
-#define KVSL_CTRL_PRESOLVE 8005
-#define KVSL_CTRL_CRASH 8006
-#define KVSL_CTRL_LPLOG 8009
-#define KVSL_CTRL_MIPPRESOLVE 8011
-#define KVSL_CTRL_MAXNODE 8020
-#define KVSL_CTRL_MIPLOG 8028
-#define KVSL_CTRL_OUTPUTLOG 8035
-#define KVSL_CTRL_BARRIERLOG 8047
-#define KVSL_CTRL_DUALREDUCTIONS 8078
-#define KVSL_CTRL_THREADS 8079
-#define KVSL_CTRL_CUTSTRATEGY 8080
-#define KVSL_CTRL_HEURSTRATEGY 8081
-#define KVSL_CTRL_FEASTOL 7001
-#define KVSL_CTRL_OPTIMALITYTOL 7002
-#define KVSL_CTRL_MIPTOL 7003
-#define KVSL_CTRL_PSEUDOCOST 7015
-#define KVSL_CTRL_MIPABSGAP 7018
-#define KVSL_CTRL_MIPRELGAP 7019
-#define KVSL_CTRL_TIMELIMIT 7020
-#define KVSL_CTRL_CUTOFF 7021
+#define KVSL_CTRL_SCALING 8004 /**< 8004: scale the matrix before solving: 1 (default) / 0 */
+#define KVSL_CTRL_PRESOLVE 8005 /**< 8005: presolve LPs: 1 (default) / 0 */
+#define KVSL_CTRL_CRASH 8006 /**< 8006: crash basis at the start of the simplex: 1 (default) / 0 */
+#define KVSL_CTRL_LPLOG 8009 /**< 8009: simplex log frequency in iterations (0 no iteration log); default 100 */
+#define KVSL_CTRL_MIPPRESOLVE 8011 /**< 8011: presolve before the global search: 1 (default) / 0 */
+#define KVSL_CTRL_MAXNODE 8020 /**< 8020: node limit of the global search (default 0: no limit) */
+#define KVSL_CTRL_MIPLOG 8028 /**< 8028: global search log: 0 none, 1 summary, 2 and more per node and cut pass (default 1) */
+#define KVSL_CTRL_OUTPUTLOG 8035 /**< 8035: 1 (default): produce log lines for the message callback; 0: no log lines at all */
+#define KVSL_CTRL_BARRIERLOG 8047 /**< 8047: barrier iteration log: 1 / 0 (default 0) */
+#define KVSL_CTRL_DUALREDUCTIONS 8078 /**< 8078: reductions that may cut off optimal solutions (dual fixing in presolve): 1 (default) / 0 */
+#define KVSL_CTRL_THREADS 8079 /**< 8079: threads of the global search (default 1) */
+#define KVSL_CTRL_CUTSTRATEGY 8080 /**< 8080: cut generation: 0 none, 1 (default) on */
+#define KVSL_CTRL_HEURSTRATEGY 8081 /**< 8081: primal heuristics: 0 none, 1 (default) on */
+#define KVSL_CTRL_FEASTOL 7001 /**< 7001: primal feasibility tolerance (default 1e-7) */
+#define KVSL_CTRL_OPTIMALITYTOL 7002 /**< 7002: dual feasibility tolerance (default 1e-7) */
+#define KVSL_CTRL_MIPTOL 7003 /**< 7003: integrality tolerance (default 1e-6) */
+#define KVSL_CTRL_PSEUDOCOST 7015 /**< 7015: default pseudo cost of directives (default 0.01) */
+#define KVSL_CTRL_MIPABSGAP 7018 /**< 7018: absolute gap at which the search stops (default 0) */
+#define KVSL_CTRL_MIPRELGAP 7019 /**< 7019: relative gap at which the search stops (default 1e-4) */
+#define KVSL_CTRL_TIMELIMIT 7020 /**< 7020: time limit in seconds, 0 or less none (default 0) */
+#define KVSL_CTRL_CUTOFF 7021 /**< 7021: objective cutoff of the search (default 1e40 minimising, -1e40 maximising: none) */
 
 /* ---- Attribute numbers ----------------------------------------------------
  *
@@ -485,67 +633,69 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  *   2003 KVSL_ATTR_MIPOBJVAL    objective value of the best MIP solution
  *   2004 KVSL_ATTR_SOLVETIME    seconds spent in the last optimisation
  */
-#define KVSL_ATTR_ROWS 1001
-#define KVSL_ATTR_SETS 1004
-#define KVSL_ATTR_ENTITIES 1005
-#define KVSL_ATTR_LPSTATUS 1010
-#define KVSL_ATTR_MIPSTATUS 1011
-#define KVSL_ATTR_COLS 1018
-#define KVSL_ATTR_SIMPLEXITER 1021
-#define KVSL_ATTR_ERRORCODE 1023
-#define KVSL_ATTR_PRESOLVESTATE 1026
-#define KVSL_ATTR_NUMIIS 1031
-#define KVSL_ATTR_NODES 1036
-#define KVSL_ATTR_IISAVAILABLE 1238
-#define KVSL_ATTR_LPOBJVAL 2001
-#define KVSL_ATTR_BESTBOUND 2002
-#define KVSL_ATTR_MIPOBJVAL 2003
-#define KVSL_ATTR_SOLVETIME 2004
+#define KVSL_ATTR_ROWS 1001 /**< 1001: rows of the loaded matrix */
+#define KVSL_ATTR_SETS 1004 /**< 1004: special ordered sets loaded */
+#define KVSL_ATTR_ENTITIES 1005 /**< 1005: global entities loaded (columns, not sets) */
+#define KVSL_ATTR_LPSTATUS 1010 /**< 1010: LP status: 0 not loaded, 1 optimal, 2 infeasible, 3 worse than cutoff, 4 unfinished (limit reached), 5 unbounded, 6 cut off in dual, 7 not solved, 8 quadratic objective or quadratic row not convex (see "Quadratic models" below) */
+#define KVSL_ATTR_MIPSTATUS 1011 /**< 1011: MIP status: 0 not loaded, 1 LP not optimised, 2 LP optimised, 3 search incomplete without solution, 4 search incomplete with solution, 5 search complete: infeasible, 6 search complete: optimal, 7 LP relaxation unbounded */
+#define KVSL_ATTR_COLS 1018 /**< 1018: columns the engine currently holds (smaller than the loaded count while presolved) */
+#define KVSL_ATTR_SIMPLEXITER 1021 /**< 1021: simplex iterations of the last optimisation */
+#define KVSL_ATTR_ERRORCODE 1023 /**< 1023: error code of the last failing call (0 none): see KVSL_ERR_* below */
+#define KVSL_ATTR_PRESOLVESTATE 1026 /**< 1026: flags: 128 an LP solution is held; 2 the LP is presolved; 4 the MIP is presolved */
+#define KVSL_ATTR_NUMIIS 1031 /**< 1031: number of IIS found by KVSLiisall */
+#define KVSL_ATTR_NODES 1036 /**< 1036: nodes of the last global search */
+#define KVSL_ATTR_IISAVAILABLE 1238 /**< 1238: non-zero when the last LP proved infeasibility and IIS 0 can be read at once */
+#define KVSL_ATTR_LPOBJVAL 2001 /**< 2001: objective value of the LP solution */
+#define KVSL_ATTR_BESTBOUND 2002 /**< 2002: best bound of the global search */
+#define KVSL_ATTR_MIPOBJVAL 2003 /**< 2003: objective value of the best MIP solution */
+#define KVSL_ATTR_SOLVETIME 2004 /**< 2004: seconds spent in the last optimisation */
 
 /* Status values. */
-#define KVSL_LP_UNSTARTED 0
-#define KVSL_LP_OPTIMAL 1
-#define KVSL_LP_INFEAS 2
-#define KVSL_LP_CUTOFF 3
-#define KVSL_LP_UNFINISHED 4
-#define KVSL_LP_UNBOUNDED 5
-#define KVSL_LP_CUTOFF_IN_DUAL 6
-#define KVSL_LP_UNSOLVED 7
-#define KVSL_LP_NONCONVEX 8
-#define KVSL_MIP_NOT_LOADED 0
-#define KVSL_MIP_LP_NOT_OPTIMAL 1
-#define KVSL_MIP_LP_OPTIMAL 2
-#define KVSL_MIP_NO_SOL_FOUND 3
-#define KVSL_MIP_SOLUTION 4
-#define KVSL_MIP_INFEAS 5
-#define KVSL_MIP_OPTIMAL 6
-#define KVSL_MIP_UNBOUNDED 7
-#define KVSL_PRESOLVE_LP 2
-#define KVSL_PRESOLVE_MIP 4
-#define KVSL_SOLUTION_HELD 128
+#define KVSL_LP_UNSTARTED 0 /**< LP status: not loaded */
+#define KVSL_LP_OPTIMAL 1 /**< LP status: optimal */
+#define KVSL_LP_INFEAS 2 /**< LP status: infeasible */
+#define KVSL_LP_CUTOFF 3 /**< LP status: worse than cutoff */
+#define KVSL_LP_UNFINISHED 4 /**< LP status: unfinished (limit reached) */
+#define KVSL_LP_UNBOUNDED 5 /**< LP status: unbounded */
+#define KVSL_LP_CUTOFF_IN_DUAL 6 /**< LP status: cut off in dual */
+#define KVSL_LP_UNSOLVED 7 /**< LP status: not solved */
+#define KVSL_LP_NONCONVEX 8 /**< LP status: quadratic objective or row not convex */
+#define KVSL_MIP_NOT_LOADED 0 /**< MIP status: not loaded */
+#define KVSL_MIP_LP_NOT_OPTIMAL 1 /**< MIP status: LP not optimised */
+#define KVSL_MIP_LP_OPTIMAL 2 /**< MIP status: LP optimised */
+#define KVSL_MIP_NO_SOL_FOUND 3 /**< MIP status: search incomplete without solution */
+#define KVSL_MIP_SOLUTION 4 /**< MIP status: search incomplete with solution */
+#define KVSL_MIP_INFEAS 5 /**< MIP status: search complete, infeasible */
+#define KVSL_MIP_OPTIMAL 6 /**< MIP status: search complete, optimal */
+#define KVSL_MIP_UNBOUNDED 7 /**< MIP status: LP relaxation unbounded */
+#define KVSL_PRESOLVE_LP 2 /**< Presolve state flag: the LP is presolved */
+#define KVSL_PRESOLVE_MIP 4 /**< Presolve state flag: the MIP is presolved */
+#define KVSL_SOLUTION_HELD 128 /**< Presolve state flag: an LP solution is held */
 
 /* Error codes (attribute 1023). */
-#define KVSL_ERR_NONE 0
-#define KVSL_ERR_NOTINIT 1          /* engine not started */
-#define KVSL_ERR_NOMEM 2            /* out of memory */
-#define KVSL_ERR_BADARG 3           /* null or inconsistent argument */
-#define KVSL_ERR_BADCONTROL 4       /* unknown control or attribute number */
-#define KVSL_ERR_NOTLOADED 5        /* no matrix loaded */
-#define KVSL_ERR_NOSOLUTION 6       /* no solution of the kind asked for */
-#define KVSL_ERR_FILE 7             /* file could not be opened, read or written */
-#define KVSL_ERR_UNSUPPORTED 8      /* capability not available in this engine */
-#define KVSL_ERR_BACKEND 9          /* a backend failed */
-#define KVSL_ERR_INDEX 10           /* row, column or set index out of range */
+#define KVSL_ERR_NONE 0 /**< no error */
+#define KVSL_ERR_NOTINIT 1          /**< engine not started */
+#define KVSL_ERR_NOMEM 2            /**< out of memory */
+#define KVSL_ERR_BADARG 3           /**< null or inconsistent argument */
+#define KVSL_ERR_BADCONTROL 4       /**< unknown control or attribute number */
+#define KVSL_ERR_NOTLOADED 5        /**< no matrix loaded */
+#define KVSL_ERR_NOSOLUTION 6       /**< no solution of the kind asked for */
+#define KVSL_ERR_FILE 7             /**< file could not be opened, read or written */
+#define KVSL_ERR_UNSUPPORTED 8      /**< capability not available in this engine */
+#define KVSL_ERR_BACKEND 9          /**< a backend failed */
+#define KVSL_ERR_INDEX 10           /**< row, column or set index out of range */
 /* Checked when an optimisation starts (nothing is solved then): */
-#define KVSL_ERR_BADNUMBER 11       /* a NaN anywhere, or an infinite objective,
+#define KVSL_ERR_BADNUMBER 11       /**< a NaN anywhere, or an infinite objective,
                                        matrix or quadratic coefficient, limit or
                                        set reference value */
-#define KVSL_ERR_ENTITY 12          /* an entity the search cannot take: an
+#define KVSL_ERR_ENTITY 12          /**< an entity the search cannot take: an
                                        indicator column that is not a binary
                                        ('B', or 'I' within [0, 1]) */
 
-/* ---- Callbacks of the global search and the cut pool ----------------------
- *
+/* ---- Callbacks of the global search and the cut pool ---------------------- */
+/**
+ * @file kvsl.h
+ * @par Callbacks of the global search and the cut pool
  * An application can take part in the global search of a problem through
  * two callbacks registered on it.  Both run in the thread that called the
  * optimisation (a problem with callbacks is searched with one thread), with
@@ -582,15 +732,29 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  * for the search, so column numbers stay those of the load.  Registering a
  * null function removes a callback.
  */
+/** Cut manager callback of the global search (see above): 0 to go on. */
 typedef int (*KVSLcbcutmgr)(KVSLprob prob, void *user);
+/** Candidate-solution callback of the global search (see above): x holds
+ *  the candidate's ncols values; set *reject non-zero to reject it; return
+ *  0 to go on. */
 typedef int (*KVSLcbpreintsol)(KVSLprob prob, void *user, const double x[], int ncols,
                                int *reject);
+/** Register (or with a null function remove) the cut manager callback of
+ * the global search.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLsetcbcutmgr(KVSLprob prob, KVSLcbcutmgr f, void *user);
+/** Register (or with a null function remove) the candidate-solution
+ * callback of the global search.
+ * @return 0 on success, else the error code (::KVSL_ERR_NOTINIT ...), also
+ *         readable as attribute ::KVSL_ATTR_ERRORCODE of the problem. */
 int KVSLsetcbpreintsol(KVSLprob prob, KVSLcbpreintsol f, void *user);
-#define KVSL_ERR_CALLBACK 13        /* a search callback asked to stop */
+#define KVSL_ERR_CALLBACK 13        /**< a search callback asked to stop */
 
 /* ---- Quadratic models ------------------------------------------------------ */
-/*
+/**
+ * @file kvsl.h
+ * @par Quadratic models
  * Continuous problems with a quadratic objective or quadratic rows are
  * solved by an interior-point method (Ipopt, on the exact first and second
  * derivatives) to a relative accuracy of about 1e-9; the option letters

@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs the Debian packages the build and the tests need (and, with the
-# argument "bench" or "fuzz", also what only the benchmarks or the fuzz
-# runs need), when any is missing.
+# argument "bench", "fuzz" or "docs", also what only the benchmarks, the
+# fuzz runs or the reference documentation need), when any is missing.
 # Needs root (or sudo) only when installing.
 set -e
 pkgs="build-essential cmake pkg-config gettext libgtest-dev libgmock-dev googletest
@@ -16,7 +16,9 @@ case "$1" in
   # Only the timed fuzz runs need clang and libFuzzer; the tests replay the
   # corpus with the ordinary compiler.
   fuzz) pkgs="$pkgs clang-14 libclang-rt-14-dev libfuzzer-14-dev" ;;
-  *) echo "usage: $0 [bench|fuzz]" >&2; exit 2 ;;
+  # The reference documentation (make docs) and its test.
+  docs) pkgs="$pkgs doxygen" ;;
+  *) echo "usage: $0 [bench|fuzz|docs]" >&2; exit 2 ;;
 esac
 missing=""
 for p in $pkgs; do
