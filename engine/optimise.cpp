@@ -6,6 +6,7 @@
 
 #include <ClpSimplex.hpp>
 
+#include "solve_limits.h"
 #include "search.h"
 
 namespace {
@@ -26,6 +27,7 @@ int optimise(KVSLprob prob, const char *flags, bool search) {
                                : "An indicator column is not a binary column.");
     return kvsl::fail(prob, rc);
   }
+  kvsl::start_deadline(prob);
   if (search && !kvsl::has_flag(flags, 'l')) return kvsl::solve_mip(prob, flags);
   return kvsl::solve_lp(prob, flags);
 }

@@ -1,0 +1,449 @@
+/*
+ * limits_test.cpp -- time, node and gap limits and the thread count: every
+ * stage of a solve stops at the time limit with the documented status, and
+ * what a stopped solve reports (solution, bound, nodes) is consistent.
+ */
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdint>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "engine_test.h"
+
+namespace {
+
+// A model stated column by column (sparse), with entity columns.
+struct sparse_model {
+  std::string rowtype;
+  std::vector<double> rhs, obj, lb, ub;
+  std::vector<int64_t> start{0};
+  std::vector<int> ind;
+  std::vector<double> val;
+  std::string enttype;
+  std::vector<int> entcol;
+  std::vector<int> qcol1, qcol2;  // quadratic objective triangle
+  std::vector<double> qval;
+
+  int ncols() const { return static_cast<int>(obj.size()); }
+  int nrows() const { return static_cast<int>(rowtype.size()); }
+  void add_row(char type, double r) {
+    rowtype.push_back(type);
+    rhs.push_back(r);
+  }
+  // A column with cost c, bounds [l, u] and coefficients (row, value).
+  void add_col(double c, double l, double u, const std::vector<std::pair<int, double>> &coefs,
+               char type = ' ') {
+    for (auto [i, v] : coefs) {
+      ind.push_back(i);
+      val.push_back(v);
+    }
+    start.push_back(static_cast<int64_t>(ind.size()));
+    if (type != ' ') {
+      enttype.push_back(type);
+      entcol.push_back(ncols());
+    }
+    obj.push_back(c);
+    lb.push_back(l);
+    ub.push_back(u);
+  }
+
+  int load(KVSLprob p) const {
+    if (!qval.empty())
+      return KVSLloadqglobal64(p, "q", ncols(), nrows(), rowtype.data(), rhs.data(), nullptr,
+                               obj.data(), start.data(), nullptr, ind.data(), val.data(),
+                               lb.data(), ub.data(), static_cast<int64_t>(qval.size()),
+                               qcol1.data(), qcol2.data(), qval.data(),
+                               static_cast<int>(entcol.size()), 0, enttype.data(),
+                               entcol.data(), nullptr, nullptr, nullptr, nullptr, nullptr);
+    return KVSLloadglobal64(p, "m", ncols(), nrows(), rowtype.data(), rhs.data(), nullptr,
+                            obj.data(), start.data(), nullptr, ind.data(), val.data(), lb.data(),
+                            ub.data(), static_cast<int>(entcol.size()), 0, enttype.data(),
+                            entcol.data(), nullptr, nullptr, nullptr, nullptr, nullptr);
+  }
+
+  // Is x within the bounds, every row and the integrality of the entities?
+  bool feasible(const std::vector<double> &x, double tol = 1e-6) const {
+    for (int j = 0; j < ncols(); ++j)
+      if (x[j] < lb[j] - tol || x[j] > ub[j] + tol) return false;
+    for (int j : entcol)
+      if (std::fabs(x[j] - std::round(x[j])) > tol) return false;
+    std::vector<double> act(rowtype.size(), 0.0);
+    for (int j = 0; j < ncols(); ++j)
+      for (int64_t k = start[j]; k < start[j + 1]; ++k) act[ind[k]] += val[k] * x[j];
+    for (int i = 0; i < nrows(); ++i) {
+      double t = tol * (1.0 + std::fabs(rhs[i]));
+      if (rowtype[i] == 'E' && std::fabs(act[i] - rhs[i]) > t) return false;
+      if (rowtype[i] == 'L' && act[i] > rhs[i] + t) return false;
+      if (rowtype[i] == 'G' && act[i] < rhs[i] - t) return false;
+    }
+    return true;
+  }
+
+  double objective(const std::vector<double> &x) const {
+    double v = 0.0;
+    for (int j = 0; j < ncols(); ++j) v += obj[j] * x[j];
+    for (size_t k = 0; k < qval.size(); ++k)
+      v += (qcol1[k] == qcol2[k] ? 0.5 : 1.0) * qval[k] * x[qcol1[k]] * x[qcol2[k]];
+    return v;
+  }
+};
+
+// Deterministic pseudo-random integers.
+struct lcg {
+  uint64_t s;
+  int next(int mod) {
+    s = s * 6364136223846793005ULL + 1442695040888963407ULL;
+    return static_cast<int>((s >> 33) % static_cast<uint64_t>(mod));
+  }
+};
+
+// Market split: m equality rows sum_j a_ij x_j = floor(sum_j a_ij / 2) over
+// n binaries, coefficients in [0, 100).  With `slacks` each row gets a
+// surplus and a deficit column and the objective minimises their sum (any
+// x is then feasible); without, the model asks for an exact split, which
+// branch and bound decides only after exponentially many nodes.
+sparse_model market_split(int m, int n, bool slacks, uint64_t seed) {
+  lcg r{seed};
+  std::vector<std::vector<int>> a(m, std::vector<int>(n));
+  sparse_model mod;
+  for (int i = 0; i < m; ++i) {
+    int sum = 0;
+    for (int j = 0; j < n; ++j) sum += a[i][j] = r.next(100);
+    mod.add_row('E', std::floor(sum / 2.0));
+  }
+  for (int j = 0; j < n; ++j) {
+    std::vector<std::pair<int, double>> c;
+    for (int i = 0; i < m; ++i)
+      if (a[i][j] != 0) c.push_back({i, a[i][j]});
+    mod.add_col(0.0, 0.0, 1.0, c, 'B');
+  }
+  if (slacks)
+    for (int i = 0; i < m; ++i) {
+      mod.add_col(1.0, 0.0, KVSL_INFINITY, {{i, 1.0}});
+      mod.add_col(1.0, 0.0, KVSL_INFINITY, {{i, -1.0}});
+    }
+  return mod;
+}
+
+// The least total slack of a small market split with slacks, by trying
+// every x (the independent oracle of the gap and thread tests).
+double market_split_optimum(const sparse_model &mod, int m, int n) {
+  double best = 1e300;
+  for (uint32_t bits = 0; bits < (1u << n); ++bits) {
+    std::vector<double> act(m, 0.0);
+    for (int j = 0; j < n; ++j)
+      if (bits & (1u << j))
+        for (int64_t k = mod.start[j]; k < mod.start[j + 1]; ++k) act[mod.ind[k]] += mod.val[k];
+    double v = 0.0;
+    for (int i = 0; i < m; ++i) v += std::fabs(act[i] - mod.rhs[i]);
+    best = std::min(best, v);
+  }
+  return best;
+}
+
+// A random LP: m rows sum_j a_ij x_j >= b_i, n columns with positive costs
+// and about per_col coefficients each (every row has one at least), the
+// columns integer in [0, 50] when `integer`.  With 3000 rows the dual
+// simplex takes a good fraction of a second, the primal seconds and the
+// barrier half a minute.
+sparse_model random_lp(int m, int n, int per_col, bool integer, uint64_t seed) {
+  lcg r{seed};
+  sparse_model mod;
+  for (int i = 0; i < m; ++i) mod.add_row('G', 100 + r.next(1000));
+  for (int j = 0; j < n; ++j) {
+    std::vector<std::pair<int, double>> c{{j % m, 1.0 + r.next(100)}};
+    for (int k = 1; k < per_col; ++k) {
+      int i = r.next(m);
+      bool dup = false;
+      for (auto &e : c) dup = dup || e.first == i;
+      if (!dup) c.push_back({i, 1.0 + r.next(100)});
+    }
+    mod.add_col(1 + r.next(100), 0.0, integer ? 50.0 : KVSL_INFINITY, c, integer ? 'I' : ' ');
+  }
+  return mod;
+}
+
+using seconds_clock = std::chrono::steady_clock;
+
+double seconds_since(seconds_clock::time_point t0) {
+  return std::chrono::duration<double>(seconds_clock::now() - t0).count();
+}
+
+// A limit is honoured when the call returns within this much of it: a
+// generous margin for a loaded machine and sanitizers, so that only a
+// limit that is not checked at all (minutes of search) fails.
+constexpr double margin = 10.0;
+
+class LimitsTest : public EngineTest {
+ protected:
+  // Run the search under a time limit; the seconds it took.
+  double timed(const char *flags) {
+    auto t0 = seconds_clock::now();
+    EXPECT_EQ(KVSLmipoptimize(p, flags), 0);
+    return seconds_since(t0);
+  }
+  std::vector<double> mipsol(int n) {
+    std::vector<double> x(n);
+    EXPECT_EQ(KVSLgetmipsol(p, x.data(), nullptr), 0);
+    return x;
+  }
+  // After a stopped search with a solution: the solution is feasible, its
+  // objective is the one reported, and the bound does not pass it.
+  void expect_stopped_with_solution(const sparse_model &mod) {
+    EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_SOLUTION);
+    std::vector<double> x = mipsol(mod.ncols());
+    EXPECT_TRUE(mod.feasible(x));
+    double obj = dbl_attr(p, KVSL_ATTR_MIPOBJVAL);
+    EXPECT_NEAR(obj, mod.objective(x), 1e-6 * (1 + std::fabs(obj)));
+    EXPECT_LE(dbl_attr(p, KVSL_ATTR_BESTBOUND), obj + 1e-6);
+    EXPECT_GE(int_attr(p, KVSL_ATTR_NODES), 0);
+  }
+};
+
+// ---- Time limits of the global search ------------------------------------
+
+// A market split with slacks: any x is feasible, the least slack is hard to
+// prove.  A one-second limit stops the search with a checked solution.
+TEST_F(LimitsTest, TimeLimitStopsHardSearchWithSolution) {
+  sparse_model mod = market_split(5, 40, true, 7);
+  ASSERT_EQ(mod.load(p), 0);
+  ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_TIMELIMIT, 1.0), 0);
+  double spent = timed("");
+  EXPECT_LT(spent, 1.0 + margin);
+  expect_stopped_with_solution(mod);
+  EXPECT_GT(dbl_attr(p, KVSL_ATTR_SOLVETIME), 0.0);
+}
+
+// The exact split has no solution a heuristic finds: stopped without one.
+TEST_F(LimitsTest, TimeLimitStopsHardSearchWithoutSolution) {
+  sparse_model mod = market_split(5, 40, false, 11);
+  ASSERT_EQ(mod.load(p), 0);
+  ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_TIMELIMIT, 1.0), 0);
+  double spent = timed("");
+  EXPECT_LT(spent, 1.0 + margin);
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_NO_SOL_FOUND);
+  EXPECT_EQ(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), 0.0);
+  std::vector<double> x(mod.ncols());
+  EXPECT_NE(KVSLgetmipsol(p, x.data(), nullptr), 0);
+  EXPECT_GE(int_attr(p, KVSL_ATTR_NODES), 0);
+  // The bound of the relaxation stays readable: a split exists in the LP.
+  EXPECT_LE(dbl_attr(p, KVSL_ATTR_BESTBOUND), 1e-6);
+}
+
+// Short limits strike in different stages (root LP, root cuts, heuristics,
+// first nodes); every one of them ends the call with a consistent result.
+TEST_F(LimitsTest, ShortTimeLimitsInEveryStage) {
+  sparse_model mod = market_split(5, 40, true, 7);
+  ASSERT_EQ(mod.load(p), 0);
+  for (double limit : {0.001, 0.01, 0.05, 0.2, 0.5}) {
+    SCOPED_TRACE(limit);
+    ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_TIMELIMIT, limit), 0);
+    double spent = timed("");
+    EXPECT_LT(spent, limit + margin);
+    int status = int_attr(p, KVSL_ATTR_MIPSTATUS);
+    ASSERT_TRUE(status == KVSL_MIP_SOLUTION || status == KVSL_MIP_NO_SOL_FOUND) << status;
+    if (status == KVSL_MIP_SOLUTION) expect_stopped_with_solution(mod);
+  }
+}
+
+// A root LP far longer than the limit: the limit stops it inside the
+// simplex, the LP is unfinished and no solution was found.
+TEST_F(LimitsTest, TimeLimitStopsRootLinearProgram) {
+  sparse_model mod = random_lp(3000, 6000, 10, true, 3);
+  ASSERT_EQ(mod.load(p), 0);
+  ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_TIMELIMIT, 0.02), 0);
+  double spent = timed("");
+  EXPECT_LT(spent, 0.02 + margin);
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), KVSL_LP_UNFINISHED);
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_NO_SOL_FOUND);
+}
+
+// No limit (0, the default, or negative): the same small model is solved.
+TEST_F(LimitsTest, ZeroOrNegativeTimeLimitIsNone) {
+  sparse_model mod = market_split(2, 12, true, 5);
+  ASSERT_EQ(mod.load(p), 0);
+  double best = market_split_optimum(mod, 2, 12);
+  for (double limit : {0.0, -1.0}) {
+    ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_TIMELIMIT, limit), 0);
+    ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_MIPRELGAP, 0.0), 0);
+    timed("");
+    EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
+    EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), best, 1e-6);
+  }
+}
+
+// ---- Node limits ----------------------------------------------------------
+
+TEST_F(LimitsTest, NodeLimitsStopTheSearch) {
+  sparse_model mod = market_split(5, 40, true, 7);
+  ASSERT_EQ(mod.load(p), 0);
+  for (int limit : {1, 10}) {
+    SCOPED_TRACE(limit);
+    ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_MAXNODE, limit), 0);
+    timed("");
+    expect_stopped_with_solution(mod);
+    EXPECT_LE(int_attr(p, KVSL_ATTR_NODES), limit);
+  }
+}
+
+TEST_F(LimitsTest, NodeLimitWithoutSolution) {
+  sparse_model mod = market_split(5, 40, false, 11);
+  ASSERT_EQ(mod.load(p), 0);
+  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_MAXNODE, 10), 0);
+  timed("");
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_NO_SOL_FOUND);
+  EXPECT_LE(int_attr(p, KVSL_ATTR_NODES), 10);
+}
+
+// ---- Gaps -----------------------------------------------------------------
+
+// A market split small enough to enumerate: the exact search finds the
+// least slack; a relative gap of 0.5 or an absolute gap stops as soon as
+// the incumbent is within it (status optimal within the gap), never after
+// more nodes than the exact search, and the bound stays valid.
+class GapTest : public LimitsTest {
+ protected:
+  void SetUp() override {
+    LimitsTest::SetUp();
+    mod = market_split(3, 16, true, 23);
+    best = market_split_optimum(mod, 3, 16);
+    ASSERT_EQ(mod.load(p), 0);
+    ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_MIPRELGAP, 0.0), 0);
+    timed("");
+    ASSERT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
+    ASSERT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), best, 1e-6);
+    exact_nodes = int_attr(p, KVSL_ATTR_NODES);
+  }
+  // The search stopped within the gap: optimal status, a feasible
+  // incumbent no further from the optimum than allowed, a valid bound.
+  void expect_within(double allowed) {
+    EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
+    double obj = dbl_attr(p, KVSL_ATTR_MIPOBJVAL);
+    std::vector<double> x = mipsol(mod.ncols());
+    EXPECT_TRUE(mod.feasible(x));
+    EXPECT_NEAR(obj, mod.objective(x), 1e-6);
+    EXPECT_GE(obj, best - 1e-6);
+    EXPECT_LE(obj - best, allowed + 1e-6);
+    EXPECT_LE(dbl_attr(p, KVSL_ATTR_BESTBOUND), best + 1e-6);
+    EXPECT_LE(int_attr(p, KVSL_ATTR_NODES), exact_nodes);
+  }
+  sparse_model mod;
+  double best = 0.0;
+  int exact_nodes = 0;
+};
+
+TEST_F(GapTest, RelativeGap) {
+  ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_MIPRELGAP, 0.5), 0);
+  timed("");
+  // incumbent - bound <= 0.5 |incumbent| and bound <= best.
+  expect_within(0.5 * std::fabs(dbl_attr(p, KVSL_ATTR_MIPOBJVAL)));
+}
+
+TEST_F(GapTest, AbsoluteGap) {
+  ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_MIPABSGAP, 20.0), 0);
+  timed("");
+  expect_within(20.0);
+}
+
+// ---- Threads ----------------------------------------------------------------
+
+// The search on two threads finds the same optimum as on one.
+TEST_F(LimitsTest, TwoThreadsGiveTheSameOptimum) {
+  sparse_model mod = market_split(3, 18, true, 31);
+  double best = market_split_optimum(mod, 3, 18);
+  ASSERT_EQ(mod.load(p), 0);
+  ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_MIPRELGAP, 0.0), 0);
+  for (int threads : {1, 2}) {
+    SCOPED_TRACE(threads);
+    ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, threads), 0);
+    timed("");
+    EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
+    EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), best, 1e-6);
+    EXPECT_TRUE(mod.feasible(mipsol(mod.ncols())));
+  }
+}
+
+// ---- Linear programs ----------------------------------------------------------
+
+// A large LP stopped by a tiny limit, by each algorithm: unfinished, no
+// solution held, and the call returns.
+TEST_F(LimitsTest, TimeLimitStopsLinearProgram) {
+  sparse_model mod = random_lp(3000, 6000, 10, false, 9);
+  for (const char *flags : {"d", "p", "b"}) {
+    SCOPED_TRACE(flags);
+    // A fresh load each time: the simplex would start from the last basis.
+    ASSERT_EQ(mod.load(p), 0);
+    ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_TIMELIMIT, 0.02), 0);
+    auto t0 = seconds_clock::now();
+    ASSERT_EQ(KVSLlpoptimize(p, flags), 0);
+    EXPECT_LT(seconds_since(t0), 0.02 + margin);
+    EXPECT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), KVSL_LP_UNFINISHED);
+    EXPECT_EQ(int_attr(p, KVSL_ATTR_PRESOLVESTATE) & KVSL_SOLUTION_HELD, 0);
+  }
+}
+
+// ---- Quadratic models -------------------------------------------------------
+
+// min sum_j (x_j - 1/2)^2 over binaries, sum x_j <= n: every leaf is
+// optimal, no relaxation prunes above the leaves, so the search of the
+// quadratic model explores 2^n leaves.  A limit stops it with a solution.
+sparse_model half_squares(int n) {
+  sparse_model mod;
+  mod.add_row('L', n);
+  for (int j = 0; j < n; ++j) {
+    mod.add_col(-1.0, 0.0, 1.0, {{0, 1.0}}, 'B');
+    mod.qcol1.push_back(j);
+    mod.qcol2.push_back(j);
+    mod.qval.push_back(2.0);
+  }
+  return mod;
+}
+
+TEST_F(LimitsTest, TimeLimitStopsQuadraticSearch) {
+  sparse_model mod = half_squares(40);
+  ASSERT_EQ(mod.load(p), 0);
+  ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_TIMELIMIT, 1.0), 0);
+  double spent = timed("");
+  EXPECT_LT(spent, 1.0 + margin);
+  expect_stopped_with_solution(mod);
+}
+
+TEST_F(LimitsTest, NodeLimitStopsQuadraticSearch) {
+  sparse_model mod = half_squares(40);
+  ASSERT_EQ(mod.load(p), 0);
+  // Depth first, the first leaf is 41 nodes deep.
+  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_MAXNODE, 10), 0);
+  timed("");
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_NO_SOL_FOUND);
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_NODES), 10);
+  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_MAXNODE, 100), 0);
+  timed("");
+  expect_stopped_with_solution(mod);
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_NODES), 100);
+}
+
+// A large convex QP whose interior-point solve a tiny limit stops.
+TEST_F(LimitsTest, TimeLimitStopsQuadraticProgram) {
+  sparse_model mod;
+  lcg r{17};
+  const int n = 20000, m = 5000;
+  for (int i = 0; i < m; ++i) mod.add_row('G', 1.0);
+  for (int j = 0; j < n; ++j) {
+    mod.add_col(r.next(10) - 5.0, -10.0, 10.0, {{j % m, 1.0}, {r.next(m), 1.0 + r.next(3)}});
+    mod.qcol1.push_back(j);
+    mod.qcol2.push_back(j);
+    mod.qval.push_back(1.0 + r.next(5));
+  }
+  ASSERT_EQ(mod.load(p), 0);
+  ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_TIMELIMIT, 0.01), 0);
+  auto t0 = seconds_clock::now();
+  ASSERT_EQ(KVSLlpoptimize(p, ""), 0);
+  EXPECT_LT(seconds_since(t0), 0.01 + margin);
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), KVSL_LP_UNFINISHED);
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_PRESOLVESTATE) & KVSL_SOLUTION_HELD, 0);
+}
+
+}  // namespace
