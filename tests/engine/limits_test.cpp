@@ -6,7 +6,10 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <atomic>
 #include <cstdint>
+#include <filesystem>
+#include <ctime>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -405,6 +408,47 @@ TEST_F(LimitsTest, TwoThreadsGiveTheSameOptimum) {
     EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), best, 1e-6);
     EXPECT_TRUE(mod.feasible(mipsol(mod.ncols())));
   }
+}
+
+// Threads of this process (Linux: the entries of /proc/self/task).
+int thread_count() {
+  int n = 0;
+  for (const auto &e : std::filesystem::directory_iterator("/proc/self/task")) n += e.exists();
+  return n;
+}
+
+// With two threads asked for, the tree search runs on two threads of its
+// own beside the caller's: watched while a hard search runs for a second.
+TEST_F(LimitsTest, TwoThreadsRunTheSearch) {
+  sparse_model mod = market_split(5, 40, true, 7);
+  ASSERT_EQ(mod.load(p), 0);
+  ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_TIMELIMIT, 1.0), 0);
+  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, 2), 0);
+  const int before = thread_count();
+  std::atomic<bool> done{false};
+  std::atomic<int> most{0};
+  std::thread watch([&] {
+    while (!done) {
+      most = std::max(most.load(), thread_count());
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+  });
+  timed("");
+  done = true;
+  watch.join();
+  // The watcher is one more thread.
+  EXPECT_GE(most.load(), before + 1 + 2);
+  expect_stopped_with_solution(mod);
+}
+
+// Entities of the engine's own (sets here) on two threads: the issue's
+// small SOS1 model, optimum 132.
+TEST_F(LimitsTest, TwoThreadsWithSets) {
+  dense_model m{"LLLL", {36, 16, 11, 7}, {}, {12, 11}, {0, 0}, {1e20, 1e20},
+                {{2, 4}, {0, 5}, {1, 0}, {0, 1}}};
+  ASSERT_EQ(load_sets(p, m, "", {}, {}, "1", {{0, 1}}, {{1, 2}}), 0);
+  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, 2), 0);
+  optimum(-1, 132.0);
 }
 
 // ---- Linear programs ----------------------------------------------------------
