@@ -309,7 +309,7 @@ int guarded(KVSLprob prob, F &&step) {
   if (prob == nullptr) return KVSL_ERR_BADARG;
   if (!prob->loaded) return kvsl::fail(prob, KVSL_ERR_NOTLOADED);
   // Each call that searches has the time limit to itself.
-  kvsl::start_deadline(prob);
+  kvsl::deadline_scope limits(prob);
   try {
     return step();
   } catch (const std::bad_alloc &) {

@@ -8,9 +8,9 @@
 #include <ClpSimplex.hpp>
 #include <ClpSolve.hpp>
 
-#include "solve_limits.h"
 #include "log.h"
 #include "search.h"
+#include "solve_limits.h"
 
 namespace kvsl {
 

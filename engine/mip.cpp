@@ -25,10 +25,10 @@
 #include <OsiClpSolverInterface.hpp>
 
 #include "callbacks.h"
-#include "solve_limits.h"
 #include "log.h"
 #include "mipstart.h"
 #include "search.h"
+#include "solve_limits.h"
 
 namespace kvsl {
 

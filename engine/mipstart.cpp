@@ -13,9 +13,9 @@
 #include <CoinPackedMatrix.hpp>
 
 #include "copy.h"
-#include "solve_limits.h"
 #include "mipstart.h"
 #include "search.h"
+#include "solve_limits.h"
 
 namespace kvsl {
 

@@ -6,8 +6,8 @@
 
 #include <ClpSimplex.hpp>
 
-#include "solve_limits.h"
 #include "search.h"
+#include "solve_limits.h"
 
 namespace {
 
@@ -27,7 +27,7 @@ int optimise(KVSLprob prob, const char *flags, bool search) {
                                : "An indicator column is not a binary column.");
     return kvsl::fail(prob, rc);
   }
-  kvsl::start_deadline(prob);
+  kvsl::deadline_scope limits(prob);
   if (search && !kvsl::has_flag(flags, 'l')) return kvsl::solve_mip(prob, flags);
   return kvsl::solve_lp(prob, flags);
 }

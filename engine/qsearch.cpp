@@ -12,8 +12,8 @@
 #include <ClpSimplex.hpp>
 #include <CoinPackedMatrix.hpp>
 
-#include "solve_limits.h"
 #include "search.h"
+#include "solve_limits.h"
 
 namespace kvsl {
 

@@ -74,10 +74,18 @@ class search_watch : public CbcEventHandler {
 
 }  // namespace
 
-void start_deadline(kvsl_prob *prob) {
+deadline_scope::deadline_scope(kvsl_prob *prob) : prob_(prob) {
   double t = dblcontrol(prob, KVSL_CTRL_TIMELIMIT);
   prob->deadline = t > 0.0 && std::isfinite(t) ? now() + t : 0.0;
   prob->limit_hit = false;
+}
+
+deadline_scope::~deadline_scope() {
+  prob_->deadline = 0.0;
+  if (prob_->lp) {
+    prob_->lp->setMaximumSeconds(-1.0);
+    prob_->lp->setMaximumWallSeconds(-1.0);
+  }
 }
 
 bool has_deadline(const kvsl_prob *prob) { return prob->deadline > 0.0; }
@@ -100,13 +108,13 @@ double sub_solve_seconds(const kvsl_prob *prob, double cap) {
 }
 
 void watch_deadline(const kvsl_prob *prob, ClpSimplex &m, ClpEventHandler *inner, bool own_limits) {
-  double left = has_deadline(prob) ? std::max(shortest, seconds_left(prob)) : -1.0;
-  if (own_limits) {
-    // The barrier raises no iteration events: it goes by these alone.
-    m.setMaximumSeconds(left);
-    m.setMaximumWallSeconds(left);
-  }
-  if (inner == nullptr && !has_deadline(prob)) return;
+  // The barrier raises no iteration events: it goes by Clp's own limits.
+  // Elsewhere they stay off, also against a copy of a model that carries
+  // those of an earlier solve: only the handler, which marks the stop, ends
+  // a search's LPs.
+  double left = has_deadline(prob) && own_limits ? std::max(shortest, seconds_left(prob)) : -1.0;
+  m.setMaximumSeconds(left);
+  m.setMaximumWallSeconds(left);
   simplex_watch watch(prob, inner);
   m.passInEventHandler(&watch);  // the model keeps a clone
 }

@@ -14,11 +14,22 @@ class CglPreProcess;
 
 namespace kvsl {
 
-// Start the deadline of a solve from control 7020 (seconds; 0, less, or
-// not a finite number: none) and forget any earlier stop.  Called once by
-// each entry point that solves; everything inside the solve (LP, root,
-// cuts, heuristics, tree, sub-solves) works against the same deadline.
-void start_deadline(kvsl_prob *prob);
+// The deadline of one call that solves, from control 7020 (seconds; 0,
+// less, or not a finite number: none), started by each entry point;
+// everything inside the call (LP, root, cuts, heuristics, tree, sub-solves)
+// works against it.  Starting forgets any earlier stop; at the end of the
+// call the deadline and Clp's limits of the loaded model are cleared, so
+// that nothing done later with the model (ranging, copies) inherits them.
+class deadline_scope {
+ public:
+  explicit deadline_scope(kvsl_prob *prob);
+  ~deadline_scope();
+  deadline_scope(const deadline_scope &) = delete;
+  deadline_scope &operator=(const deadline_scope &) = delete;
+
+ private:
+  kvsl_prob *prob_;
+};
 // Does the running solve have a deadline?
 bool has_deadline(const kvsl_prob *prob);
 // Seconds left before the deadline (never negative; huge without one).
@@ -34,9 +45,9 @@ bool stopped_by_limit(const kvsl_prob *prob);
 double sub_solve_seconds(const kvsl_prob *prob, double cap);
 
 // Make a simplex stop at the deadline: Clp's own CPU and wall-clock limits
-// (when `own_limits`) and an event handler checked at every iteration that
-// marks the stop.  `inner` (may be null) keeps handling the events first; the
-// simplex keeps clones of both.
+// (when `own_limits`, else none) and an event handler checked at every
+// iteration that marks the stop.  `inner` (may be null) keeps handling the
+// events first; the simplex keeps a clone of both.
 void watch_deadline(const kvsl_prob *prob, ClpSimplex &m, ClpEventHandler *inner, bool own_limits);
 // The deadline of Cbc's integer preprocessing.
 void limit_preprocessing(const kvsl_prob *prob, CglPreProcess &process);

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <atomic>
 #include <cstdint>
+#include <ctime>
 #include <filesystem>
 #include <ctime>
 #include <string>
@@ -314,6 +315,47 @@ TEST_F(LimitsTest, ZeroOrNegativeTimeLimitIsNone) {
     EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
     EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), best, 1e-6);
   }
+}
+
+// The limit of one call does not outlive it: after an LP solved under a
+// short limit, a search without a limit runs to its end once that limit's
+// time (processor and wall-clock) has long gone by.
+TEST_F(LimitsTest, EarlierLimitDoesNotStopLaterSolve) {
+  sparse_model mod = market_split(2, 12, true, 5);
+  ASSERT_EQ(mod.load(p), 0);
+  ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_TIMELIMIT, 0.05), 0);
+  ASSERT_EQ(KVSLlpoptimize(p, ""), 0);
+  ASSERT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), KVSL_LP_OPTIMAL);
+  ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_TIMELIMIT, 0.0), 0);
+  ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_MIPRELGAP, 0.0), 0);
+  // Spend processor time beyond the old limit.
+  std::clock_t c0 = std::clock();
+  volatile double sink = 0.0;
+  while (std::clock() - c0 < CLOCKS_PER_SEC / 5) sink = sink + 1.0;
+  timed("");
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), KVSL_LP_OPTIMAL);
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
+  EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), market_split_optimum(mod, 2, 12), 1e-6);
+}
+
+// Ranging after a solve under a limit that has since run out works on the
+// model as solved: the limit went with the call.
+TEST_F(LimitsTest, RangingAfterLimitedSolve) {
+  dense_model m{"LL", {4, 7}, {}, {3, 2}, {0, 0}, {3, KVSL_INFINITY}, {{1, 1}, {1, 3}}};
+  ASSERT_EQ(load_lp(p, m), 0);
+  ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_TIMELIMIT, 0.05), 0);
+  ASSERT_EQ(KVSLmaxim(p, ""), 0);
+  ASSERT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), KVSL_LP_OPTIMAL);
+  std::clock_t c0 = std::clock();
+  volatile double sink = 0.0;
+  while (std::clock() - c0 < CLOCKS_PER_SEC / 10) sink = sink + 1.0;
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  ASSERT_EQ(KVSLrange(p), 0);
+  double up[2], lo[2], uup[2], udn[2], uc[2], lc[2];
+  ASSERT_EQ(KVSLgetcolrange(p, up, lo, uup, udn, uc, lc), 0);
+  EXPECT_NEAR(up[0], 4.0, 1e-9);
+  EXPECT_NEAR(lo[0], 2.5, 1e-9);
+  EXPECT_NEAR(lc[0], 2.0, 1e-9);
 }
 
 // ---- Node limits ----------------------------------------------------------
