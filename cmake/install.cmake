@@ -1,5 +1,6 @@
-# Install rules: both headers, both libraries with their soname links, the
-# CMake package kvtl (targets kvtl::kvtl, kvtl::kvsl) and the pkg-config file.
+# Install rules: the headers (C and C++), both libraries with their soname
+# links, the CMake package kvtl (targets kvtl::kvtl, kvtl::kvsl) and the
+# pkg-config file.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -11,6 +12,8 @@ install(TARGETS kvtl kvsl EXPORT kvtlTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES ${CMAKE_SOURCE_DIR}/include/kvtl.h ${CMAKE_SOURCE_DIR}/include/kvsl.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+# The header-only C++ interface.
+install(FILES ${CMAKE_SOURCE_DIR}/include/kvtl.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(KVTL_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/kvtl)
 install(EXPORT kvtlTargets NAMESPACE kvtl:: DESTINATION ${KVTL_CMAKE_DIR})

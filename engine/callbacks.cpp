@@ -231,10 +231,12 @@ class app_events : public CbcEventHandler {
 }  // namespace
 
 std::shared_ptr<void> attach_search_callbacks(kvsl_prob *prob, CbcModel &model) {
+  // A stop asked for by a callback ends that search only: forget it even
+  // when the callbacks have been removed since.
+  if (prob->callbacks) prob->callbacks->failed = false;
   // Without callbacks the pool is in the LP already (add_pool_rows).
   if (!has_search_callbacks(prob)) return nullptr;
   callback_state &st = callbacks_of(prob);
-  st.failed = false;
   st.refused = 0;
   st.pool_at_start = st.pool.size();
   auto cache = std::make_shared<verdict_cache>();

@@ -69,6 +69,22 @@ pool_header &pool_of(MDLprob prob, bool &lock) {
   return *prob->pool;
 }
 
+// A chunk bumped from the current block when no free-list chunk of its
+// size is waiting and the block has room (the steps of pool_alloc for that
+// case, alignment included); null otherwise, with nothing changed.
+inline void *bump_only(pool_header &pool, size_t size) {
+  if (pool.first == nullptr) return nullptr;
+  const size_t k = freelist_index(size);
+  if (k < freelist_count && pool.freelists[k] != nullptr) return nullptr;
+  pool_block *b = pool.current;
+  char *chunk = b->cursor;
+  if (size % 8 == 0 && reinterpret_cast<uintptr_t>(chunk) % 8 != 0) chunk += 4;
+  if (!(chunk + size < b->end)) return nullptr;
+  b->cursor = chunk + size;
+  pool.live++;
+  return chunk;
+}
+
 }  // namespace
 
 pool_header &global_pool() { return global_pool_header; }
@@ -165,10 +181,18 @@ void pool_recycle(pool_header &pool, void *ptr, size_t size, bool lock) {
 
 using namespace kvtl;
 
+// The common case first: a problem's pool without its lock, no recycled
+// chunk of the size, room in the current block.  Everything else (the
+// first block, free lists, a new block, the global pool) takes pool_alloc.
 KVTL_API void *mdlallocmem(MDLprob prob, size_t size, int zero) {
+  void *p;
+  if (prob != nullptr && asyncfree == 0 && (p = bump_only(*prob->pool, size)) != nullptr) {
+    if (zero) memset(p, 0, size);
+    return p;
+  }
   bool lock;
   pool_header &pool = pool_of(prob, lock);
-  void *p = pool_alloc(pool, prob, size, lock);
+  p = pool_alloc(pool, prob, size, lock);
   if (p != nullptr && zero) memset(p, 0, size);
   return p;
 }

@@ -7,7 +7,9 @@
 #include <stdint.h>
 
 #include <algorithm>
+#include <bit>
 #include <compare>
+#include <type_traits>
 #include <utility>
 
 #include "model/records.h"
@@ -235,6 +237,30 @@ long merge_entries(mdl_termlst *l, MDLprob prob, const sort_entry<Node> *entries
   return before;
 }
 
+// Sort the entries of a long linear tail by variable, keeping insertion
+// order among equal variables: a stable radix sort on the variables'
+// addresses relative to the smallest, 11 bits a pass, which for a tail of
+// many thousand nodes is several times quicker than a comparison sort.
+// `spare` holds `n` entries.
+void radix_sort(sort_entry<mdl_term> *entries, sort_entry<mdl_term> *spare, int n) {
+  constexpr int digit_bits = 11;
+  constexpr size_t digits = size_t{1} << digit_bits;
+  uintptr_t lo = UINTPTR_MAX;
+  for (int i = 0; i < n; ++i) lo = std::min(lo, entries[i].key);
+  uintptr_t varying = 0;   // bits in which some key differs from the smallest
+  for (int i = 0; i < n; ++i) varying |= entries[i].key - lo;
+  sort_entry<mdl_term> *src = entries, *dst = spare;
+  int shift = varying == 0 ? 64 : std::countr_zero(varying);
+  for (; shift < 64 && (varying >> shift) != 0; shift += digit_bits) {
+    size_t start[digits + 1] = {};
+    for (int i = 0; i < n; ++i) ++start[((src[i].key - lo) >> shift & (digits - 1)) + 1];
+    for (size_t d = 1; d <= digits; ++d) start[d] += start[d - 1];
+    for (int i = 0; i < n; ++i) dst[start[(src[i].key - lo) >> shift & (digits - 1)]++] = src[i];
+    std::swap(src, dst);
+  }
+  if (src != entries) std::copy(src, src + n, entries);
+}
+
 // Merge the pending tail into the run, in batches of the oldest operations
 // first.  A tail longer than the stack array is sorted in one batch in a
 // temporary array from the allocator hook; when that cannot be had, batches
@@ -252,9 +278,11 @@ int sort_list(mdl_termlst **lp, bool resize = false) {
   sort_entry<Node> stack[max_pending];
   sort_entry<Node> *entries = stack;
   int capacity = max_pending;
+  // A linear tail also takes room for the radix sort's second array.
+  constexpr bool radix = std::is_same_v<Node, mdl_term>;
   if (l->pending > max_pending) {
-    auto *heap = static_cast<sort_entry<Node> *>(
-        mdlsl_malloc(static_cast<size_t>(l->pending) * sizeof(sort_entry<Node>)));
+    const size_t slots = static_cast<size_t>(l->pending) * (radix ? 2 : 1);
+    auto *heap = static_cast<sort_entry<Node> *>(mdlsl_malloc(slots * sizeof(sort_entry<Node>)));
     if (heap != nullptr) {
       entries = heap;
       capacity = l->pending;
@@ -273,9 +301,17 @@ int sort_list(mdl_termlst **lp, bool resize = false) {
     int n = 0;
     for (; oldest != nullptr && n < capacity; oldest = oldest->next, ++n)
       entries[n] = {key_of(*oldest), n, oldest};
-    std::sort(entries, entries + n, [](const sort_entry<Node> &a, const sort_entry<Node> &b) {
-      return a.key < b.key || (a.key == b.key && a.order < b.order);
-    });
+    bool sorted = false;
+    if constexpr (radix) {
+      if (entries != stack) {
+        radix_sort(entries, entries + capacity, n);
+        sorted = true;
+      }
+    }
+    if (!sorted)
+      std::sort(entries, entries + n, [](const sort_entry<Node> &a, const sort_entry<Node> &b) {
+        return a.key < b.key || (a.key == b.key && a.order < b.order);
+      });
     run = merge_entries<Node>(l, prob, entries, n, resize && oldest == nullptr);
   }
   if (entries != stack) mdlsl_free(entries);

@@ -14,6 +14,7 @@
 #include <string>
 
 #include "core/runtime.h"
+#include "problem/name_format.h"
 #include "problem/problem.h"
 
 namespace kvtl {
@@ -49,34 +50,69 @@ char *copy_name(MDLprob prob, const char *name) {
   return copy;
 }
 
+// Bucket array and tag array in one block: `count` chain heads, then one
+// 16-bit tag per bucket.  A tag has bit (hash >> 28) set for every entry of
+// its chain, so a probe for a name that is absent usually ends at the tag,
+// without following the chain into entries scattered over the pool.
+size_t table_bytes(size_t count) { return count * (sizeof(void *) + sizeof(uint16_t)); }
+uint16_t *tags_of(mdl_dict_entry **dict, int32_t count) {
+  return reinterpret_cast<uint16_t *>(dict + count);
+}
+uint16_t tag_bit(uint32_t hash) { return static_cast<uint16_t>(1u << (hash >> 28)); }
+
+// How many buckets ahead the doubling prefetches the chain heads.
+constexpr size_t prefetch_distance = 8;
+
 // Double the bucket array; chains keep their order in the new buckets.
+// Bucket b of the old table splits into buckets b and b + old count of the
+// new one, so each old chain is split in order into two chains (the same
+// chains as pushing the reversed old chain entry by entry).
 bool grow_dictionary(MDLprob prob) {
-  size_t old_count = static_cast<size_t>(prob->dictsize);
-  size_t new_count = old_count * 2;
-  auto **buckets = static_cast<mdl_dict_entry **>(mdlsl_malloc(new_count * sizeof(void *)));
+  const size_t old_count = static_cast<size_t>(prob->dictsize);
+  const size_t new_count = old_count * 2;
+  auto **buckets = static_cast<mdl_dict_entry **>(mdlsl_malloc(table_bytes(new_count)));
   if (buckets == nullptr) {
     mdlerror(prob, MDL_E_NOMEM);
     return false;
   }
-  memset(buckets, 0, new_count * sizeof(void *));
+  uint16_t *tags = tags_of(buckets, static_cast<int32_t>(new_count));
+  mdl_dict_entry **old = prob->dict;
   for (size_t b = 0; b < old_count; ++b) {
-    mdl_dict_entry *reversed = nullptr;
-    for (mdl_dict_entry *e = prob->dict[b], *next; e != nullptr; e = next) {
-      next = e->next;
-      e->next = reversed;
-      reversed = e;
+    // The chains are walked in bucket order but their entries lie anywhere
+    // in the pool: fetch the heads of the next chains meanwhile.
+    if (b + prefetch_distance < old_count) __builtin_prefetch(old[b + prefetch_distance]);
+    mdl_dict_entry *low = nullptr, *high = nullptr;
+    mdl_dict_entry **low_end = &low, **high_end = &high;
+    uint16_t low_tag = 0, high_tag = 0;
+    for (mdl_dict_entry *e = old[b]; e != nullptr; e = e->next) {
+      if ((e->hash & old_count) == 0) {
+        *low_end = e;
+        low_end = &e->next;
+        low_tag |= tag_bit(e->hash);
+      } else {
+        *high_end = e;
+        high_end = &e->next;
+        high_tag |= tag_bit(e->hash);
+      }
     }
-    for (mdl_dict_entry *e = reversed, *next; e != nullptr; e = next) {
-      next = e->next;
-      size_t nb = e->hash & (new_count - 1);
-      e->next = buckets[nb];
-      buckets[nb] = e;
-    }
+    *low_end = nullptr;
+    *high_end = nullptr;
+    buckets[b] = low;
+    buckets[b + old_count] = high;
+    tags[b] = low_tag;
+    tags[b + old_count] = high_tag;
   }
-  mdlsl_free(prob->dict);
+  mdlsl_free(old);
   prob->dict = buckets;
   prob->dictsize = static_cast<int32_t>(new_count);
   return true;
+}
+
+// Put `e` (its hash set) at the front of bucket b.
+void push_entry(MDLprob prob, uint32_t b, mdl_dict_entry *e) {
+  e->next = prob->dict[b];
+  prob->dict[b] = e;
+  tags_of(prob->dict, prob->dictsize)[b] |= tag_bit(e->hash);
 }
 
 // Format into the calling thread's name ring; null when the text does not
@@ -86,7 +122,10 @@ const char *ring_format(const char **cut, const char *format, va_list ap) {
   if (static_cast<size_t>(ctx->name_cursor - ctx->name_ring) >= ring_wrap)
     ctx->name_cursor = ctx->name_ring;
   char *text = ctx->name_cursor;
-  int n = vsnprintf(text, name_max + 1, format, ap);
+  // Names are mostly text and integers: those are formatted directly, and
+  // only other formats go through the C library's vsnprintf.
+  int n = format_name(text, name_max + 1, format, ap);
+  if (n < 0) n = vsnprintf(text, name_max + 1, format, ap);
   if (n < 0 || n > name_max) {
     *cut = text;
     return nullptr;
@@ -139,7 +178,7 @@ KVTL_API mdl_dict_entry *mdlfindname(MDLprob prob, const char *name, int flags) 
   const uint32_t kind = static_cast<uint32_t>(flags) & kind_mask;
   const bool lookup_only = (flags & find_lookup) != 0 && (flags & find_create) == 0;
   if (prob->dict == nullptr) {
-    size_t bytes = static_cast<size_t>(prob->dictsize) * sizeof(void *);
+    size_t bytes = table_bytes(static_cast<size_t>(prob->dictsize));
     prob->dict = static_cast<mdl_dict_entry **>(mdlsl_malloc(bytes));
     if (prob->dict == nullptr) {
       mdlerror(prob, MDL_E_NOMEM);
@@ -147,10 +186,16 @@ KVTL_API mdl_dict_entry *mdlfindname(MDLprob prob, const char *name, int flags) 
     }
     memset(prob->dict, 0, bytes);
   }
-  uint32_t hash = name_hash(name);
-  mdl_dict_entry *first = prob->dict[hash & static_cast<uint32_t>(prob->dictsize - 1)];
-  while (first != nullptr && (first->hash != hash || strcmp(first->name, name) != 0))
-    first = first->next;
+  const uint32_t hash = name_hash(name);
+  uint32_t b = hash & static_cast<uint32_t>(prob->dictsize - 1);
+  // The chain head is needed to walk or to push; load it beside the tag.
+  __builtin_prefetch(&prob->dict[b], 1);
+  mdl_dict_entry *first = nullptr;
+  if ((tags_of(prob->dict, prob->dictsize)[b] & tag_bit(hash)) != 0) {
+    first = prob->dict[b];
+    while (first != nullptr && (first->hash != hash || strcmp(first->name, name) != 0))
+      first = first->next;
+  }
 
   if (first != nullptr) {
     if (lookup_only && kind == 0) return first;
@@ -159,18 +204,19 @@ KVTL_API mdl_dict_entry *mdlfindname(MDLprob prob, const char *name, int flags) 
     if (lookup_only) return nullptr;
     auto *e = static_cast<mdl_dict_entry *>(mdlallocmem(prob, sizeof(mdl_dict_entry), 1));
     if (e == nullptr) return nullptr;
-    mdl_dict_entry **bucket = &prob->dict[hash & static_cast<uint32_t>(prob->dictsize - 1)];
     e->word = kind;
     e->hash = hash;
     e->name = first->name;
     e->samename = first;
-    e->next = *bucket;
-    *bucket = e;
+    push_entry(prob, b, e);
     return e;
   }
   if (lookup_only) return nullptr;
   // The new name would make more names than buckets: double first.
-  if (prob->nnames >= prob->dictsize && !grow_dictionary(prob)) return nullptr;
+  if (prob->nnames >= prob->dictsize) {
+    if (!grow_dictionary(prob)) return nullptr;
+    b = hash & static_cast<uint32_t>(prob->dictsize - 1);
+  }
   auto *e = static_cast<mdl_dict_entry *>(mdlallocmem(prob, sizeof(mdl_dict_entry), 1));
   if (e == nullptr) return nullptr;
   char *copy = copy_name(prob, name);
@@ -178,12 +224,10 @@ KVTL_API mdl_dict_entry *mdlfindname(MDLprob prob, const char *name, int flags) 
     mdlrecyclemem(prob, e, sizeof(mdl_dict_entry));
     return nullptr;
   }
-  mdl_dict_entry **bucket = &prob->dict[hash & static_cast<uint32_t>(prob->dictsize - 1)];
   e->word = kind;
   e->hash = hash;
   e->name = copy;
-  e->next = *bucket;
-  *bucket = e;
+  push_entry(prob, b, e);
   prob->nnames++;
   return e;
 }

@@ -40,7 +40,8 @@ struct mdl_problem {
   char *filebase;
   int32_t dictsize;              // name dictionary buckets; 0: names off
   int32_t idxdictsize;
-  mdl_dict_entry **dict;         // bucket array, created at the first name
+  mdl_dict_entry **dict;         // bucket array (then a 16-bit tag per bucket),
+                                 // created at the first name
   int32_t nnames;                // distinct names in the dictionary
   int32_t maxnamelen;            // longest name entered
   mdl_entity_entry *entities;    // used instead of the dictionary

@@ -82,6 +82,73 @@ struct load_arrays {
   double *setref = nullptr;
 };
 
+// The serials of the matrix's coefficients in the order in which both
+// constraint passes meet them.  The first pass reads every term's variable
+// anyway; the second reads the serials back in sequence instead of the
+// variable records again, which lie all over the pool (a cache miss per
+// coefficient of a row whose variables were made far apart).
+class serial_log {
+ public:
+  serial_log() = default;
+  ~serial_log() { clear(); }
+  serial_log(const serial_log &) = delete;
+  serial_log &operator=(const serial_log &) = delete;
+
+  // Append one serial; false when no block can be had.
+  bool push(uint32_t serial) {
+    if (tail_ == nullptr || tail_->used == tail_->size) {
+      if (!grow()) return false;
+    }
+    tail_->data()[tail_->used++] = serial;
+    return true;
+  }
+  // Read from the first serial on; next() must not pass the last one.
+  void rewind() {
+    read_ = head_;
+    pos_ = 0;
+  }
+  uint32_t next() {
+    if (pos_ == read_->used) {
+      read_ = read_->next;
+      pos_ = 0;
+    }
+    return read_->data()[pos_++];
+  }
+  void clear() {
+    while (head_ != nullptr) {
+      chunk *next = head_->next;
+      mdlsl_free(head_);
+      head_ = next;
+    }
+    tail_ = read_ = nullptr;
+  }
+
+ private:
+  struct chunk {
+    chunk *next;
+    size_t size, used;
+    uint32_t *data() { return reinterpret_cast<uint32_t *>(this + 1); }
+  };
+  // Chunks double from a small first one, so that a small model takes
+  // little and a large one few blocks.
+  static constexpr size_t first_chunk = 1024, largest_chunk = size_t{1} << 20;
+
+  bool grow() {
+    size_t size = tail_ == nullptr ? first_chunk : std::min(tail_->size * 2, largest_chunk);
+    auto *c = static_cast<chunk *>(mdlsl_malloc(sizeof(chunk) + size * sizeof(uint32_t)));
+    if (c == nullptr) return false;
+    c->next = nullptr;
+    c->size = size;
+    c->used = 0;
+    (tail_ != nullptr ? tail_->next : head_) = c;
+    tail_ = c;
+    return true;
+  }
+
+  chunk *head_ = nullptr, *tail_ = nullptr, *read_ = nullptr;
+  size_t pos_ = 0;
+};
+
 // One full generation.  Numbers given during the run are taken back by the
 // destructor unless the load was recorded on the problem.
 class generator {
@@ -93,6 +160,7 @@ class generator {
  private:
   bool enter_var(mdl_var *v, bool counted);
   bool number_constraints();
+  bool map_serials();
   bool number_objective();
   void compact();
   bool fill_columns();
@@ -115,7 +183,11 @@ class generator {
   int nqrows_ = 0, nqrowterms_ = 0, nqobj_ = 0;
   int nmodcuts_ = 0, ndelayed_ = 0, nindicators_ = 0;
   int nsets_ = 0, nsetelems_ = 0;
+  serial_log serials_;          // of the counted terms, for the second pass
+  hook_block column_of_block_;
+  int *column_of_ = nullptr;    // column by serial; null while they are equal
   bool foreign_ = false;        // a term refers to a variable of another problem
+  bool nomem_ = false;          // the serial log could not grow
   bool recorded_ = false;
 };
 
@@ -163,7 +235,7 @@ bool generator::number_constraints() {
     for_each_term(c->expr.lin, [&](mdl_term &t) {
       if (t.coef == 0) return;
       ++nlin;
-      enter_var(t.var, !incvars);
+      if (enter_var(t.var, !incvars) && !incvars && !serials_.push(t.var->serial)) nomem_ = true;
     });
     for_each_qterm(c->expr.quad, [&](mdl_qterm &t) {
       if (t.coef == 0) return;
@@ -171,6 +243,7 @@ bool generator::number_constraints() {
       enter_var(t.var1, false);
       enter_var(t.var2, false);
     });
+    if (nomem_) return false;
     if (incvars) continue;
     if (nlin == 0 && nquad == 0 && trivially_satisfied(c)) continue;
     c->row = static_cast<uint32_t>(nrows_++);
@@ -227,6 +300,20 @@ void generator::compact() {
     ++k;
   }
   for (int32_t s = k; s < nvars_; ++s) table_[s] = nullptr;
+}
+
+// After compaction (and reordering) a column is found from a serial: the
+// serial itself while every variable is a column in creation order, else
+// through a table.
+bool generator::map_serials() {
+  if (ncols_ == nvars_ && prob_->colorder == 0) return true;
+  if (!column_of_block_.allocate(static_cast<size_t>(nvars_) * sizeof(int))) {
+    mdlerror(prob_, MDL_E_NOMEM);
+    return false;
+  }
+  column_of_ = reinterpret_cast<int *>(column_of_block_.get());
+  for (int j = 0; j < ncols_; ++j) column_of_[table_[j]->serial] = static_cast<int>(table_[j]->column);
+  return true;
 }
 
 bool generator::inconsistent() {
@@ -306,6 +393,7 @@ bool generator::fill_rows() {
     counts_[j] = 0;
   }
   int ncut = 0, ndel = 0, nind = 0;
+  serials_.rewind();
   for (mdl_ctr *c = prob_->ctrs; c != nullptr; c = c->next) {
     if (c->row == no_number) continue;
     const int r = static_cast<int>(c->row);
@@ -314,7 +402,8 @@ bool generator::fill_rows() {
     a_.rowtype[r] = type_letters[8 + c->type];
     for_each_term(c->expr.lin, [&](mdl_term &t) {
       if (t.coef == 0) return;
-      const uint32_t col = t.var->column;
+      const uint32_t serial = serials_.next();
+      const uint32_t col = column_of_ != nullptr ? static_cast<uint32_t>(column_of_[serial]) : serial;
       const int64_t at = a_.colstart[col] + counts_[col]++;
       a_.rowind[at] = r;
       a_.rowval[at] = t.coef;
@@ -479,23 +568,36 @@ bool generator::load_extras() {
 
 // Hand the names of `count` objects to the engine as one buffer of texts,
 // each ended by its zero byte; name_at(i, buf) gives the i-th name and is
-// called for i = 0, 1, ... twice over (measuring, then copying).
+// called for i = 0, 1, ... in turn.  The buffer is sized from the longest
+// name entered (or a generated name), so one walk over the objects fills
+// it; a name that would not fit (none should) makes a second walk that
+// measures every name first.
 template <class F>
 bool add_names(MDLprob prob, int type, int count, F &&name_at) {
-  size_t bytes = 0;
+  constexpr size_t generated_max = 18;   // "x" and 16 hex digits
+  const size_t slot = std::max(static_cast<size_t>(std::max(prob->maxnamelen, 0)), generated_max) + 1;
   char tmp[24];
-  for (int i = 0; i < count; ++i) bytes += strlen(name_at(i, tmp)) + 1;
   hook_block buffer;
-  if (!buffer.allocate(bytes)) {
-    mdlerror(prob, MDL_E_NOMEM);
-    return false;
-  }
-  char *p = buffer.get();
-  for (int i = 0; i < count; ++i) {
-    const char *name = name_at(i, tmp);
-    size_t len = strlen(name) + 1;
-    memcpy(p, name, len);
-    p += len;
+  size_t bytes = slot * static_cast<size_t>(count);
+  bool fits = true;
+  for (int pass = 0; pass < 2; ++pass) {
+    if (!buffer.allocate(bytes)) {
+      mdlerror(prob, MDL_E_NOMEM);
+      return false;
+    }
+    char *p = buffer.get();
+    const char *end = p + bytes;
+    fits = true;
+    for (int i = 0; i < count && fits; ++i) {
+      const char *name = name_at(i, tmp);
+      size_t len = strlen(name) + 1;
+      fits = len <= static_cast<size_t>(end - p);
+      if (fits) memcpy(p, name, len);
+      p += len;
+    }
+    if (fits) break;
+    bytes = 0;
+    for (int i = 0; i < count; ++i) bytes += strlen(name_at(i, tmp)) + 1;
   }
   return !engine_failed(prob, "loadmat", "addnames",
                         KVSLaddnames(prob->kvsl, type, buffer.get(), 0, count - 1));
@@ -554,7 +656,8 @@ int generator::run() {
   std::fill(counts_, counts_ + n, 0);
 
   if (!number_constraints() || !number_objective()) {
-    inconsistent();
+    if (nomem_) mdlerror(prob_, MDL_E_NOMEM);
+    else inconsistent();
     return 1;
   }
   if (ncols_ == 0) {
@@ -563,6 +666,7 @@ int generator::run() {
   }
   compact();
   if (prob_->colorder != 0 && mdlreordercols(table_, counts_, ncols_) != 0) return 1;
+  if (!map_serials()) return 1;
 
   if (!carve_block(prob_, arrays_block_, [&](block_layout &l) {
         const size_t rows = static_cast<size_t>(nrows_), cols = static_cast<size_t>(ncols_);
@@ -588,7 +692,11 @@ int generator::run() {
         l.take(a_.rowtype, rows);
       }))
     return 1;
-  if (!fill_columns() || !fill_rows() || !build_sets() || !build_quadratic_rows()) return 1;
+  if (!fill_columns() || !fill_rows()) return 1;
+  serials_.clear();
+  column_of_block_.reset();
+  column_of_ = nullptr;
+  if (!build_sets() || !build_quadratic_rows()) return 1;
   if (!load() || !load_extras()) return 1;
   // The engine holds its own copy now: give the arrays back before the
   // names take their buffer, which lowers the peak of a large load.

@@ -196,6 +196,21 @@ TEST_F(CutsE2E, FailingCallbackEndsTheSearch) {
   EXPECT_TRUE(st == KVSL_MIP_NO_SOL_FOUND || st == KVSL_MIP_SOLUTION) << st;
 }
 
+// The stop a callback asked for ends that search only: with the callback
+// removed the next search runs to its optimum and succeeds.
+TEST_F(CutsE2E, SearchAfterAStoppedOneSucceeds) {
+  probe s{prob, a, b, c};
+  s.fail_after = 0;
+  ASSERT_EQ(KVSLsetcbpreintsol(mdlgetkvslprob_prob(prob), candidate, &s), 0);
+  EXPECT_EQ(mdlmaxim_prob(prob, "g"), 1);
+  ASSERT_EQ(KVSLsetcbpreintsol(mdlgetkvslprob_prob(prob), nullptr, nullptr), 0);
+  errors.reports.clear();
+  EXPECT_EQ(mdlmaxim_prob(prob, "g"), 0);
+  EXPECT_EQ(mdlgetmipstat_prob(prob), KVSL_MIP_OPTIMAL);
+  EXPECT_NEAR(mdlgetobjval_prob(prob), 9.0, 1e-6);
+  EXPECT_TRUE(errors.empty()) << errors.last().text;
+}
+
 // Terms of a cut by variable (internal layout: the list is stripped first).
 std::map<MDLvar, double> terms_of(MDLcut cut) {
   std::map<MDLvar, double> out;

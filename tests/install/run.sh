@@ -1,14 +1,16 @@
 #!/bin/sh
 # Installs the build into a fresh prefix and builds the knapsack example
 # against the installed files only, once through find_package(kvtl) and once
-# through pkg-config; each program must run, reach its optimum and load the
-# installed libraries.
-# Usage: run.sh SOURCE_DIR BUILD_DIR C_COMPILER CMAKE
+# through pkg-config, both in C and in C++ (examples/knapsack.cpp on the
+# installed kvtl.hpp); each program must run, reach its optimum and load
+# the installed libraries.
+# Usage: run.sh SOURCE_DIR BUILD_DIR C_COMPILER CMAKE CXX_COMPILER
 set -eu
 src=$(cd "$1" && pwd -P)
 build=$(cd "$2" && pwd -P)
 cc=$3
 cmake=$4
+cxx=$5
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/kvtl_install.XXXXXX")
 work=$(cd "$work" && pwd -P)
@@ -24,7 +26,7 @@ unset LD_LIBRARY_PATH CPATH C_INCLUDE_PATH LIBRARY_PATH CMAKE_PREFIX_PATH PKG_CO
   { cat "$work/install.log"; fail "cmake --install"; }
 
 # The headers, the libraries under their sonames and the development links.
-for f in include/kvtl.h include/kvsl.h lib/libkvtl.so.4.8 lib/libkvsl.so.29.01 \
+for f in include/kvtl.h include/kvsl.h include/kvtl.hpp lib/libkvtl.so.4.8 lib/libkvsl.so.29.01 \
          lib/cmake/kvtl/kvtlConfig.cmake lib/cmake/kvtl/kvtlConfigVersion.cmake \
          lib/pkgconfig/kvtl.pc; do
   [ -f "$prefix/$f" ] || fail "$f not installed"
@@ -39,7 +41,7 @@ grep -q "libkvsl.so.29.01 => $prefix/lib/libkvsl.so.29.01" "$work/ldd_lib.txt" |
 
 # The consumer sees a copy of the example, not the source tree.
 mkdir "$work/app"
-cp "$src/examples/knapsack.c" "$work/app/"
+cp "$src/examples/knapsack.c" "$src/examples/knapsack.cpp" "$work/app/"
 
 # check_program PROGRAM LOG: the program reaches its optimum, loads both
 # libraries from the prefix, and nothing in the build log names the tree.
@@ -63,13 +65,16 @@ check_program() {
 # 1. CMake package.
 cat >"$work/app/CMakeLists.txt" <<'CMAKE'
 cmake_minimum_required(VERSION 3.20)
-project(knapsack_app LANGUAGES C)
+project(knapsack_app LANGUAGES C CXX)
 find_package(kvtl 4.8 REQUIRED CONFIG)
 message(STATUS "kvtl package: ${kvtl_DIR} version ${kvtl_VERSION}")
 add_executable(knapsack knapsack.c)
 target_link_libraries(knapsack PRIVATE kvtl::kvtl m)
+add_executable(knapsack_cpp knapsack.cpp)
+target_compile_features(knapsack_cpp PRIVATE cxx_std_20)
+target_link_libraries(knapsack_cpp PRIVATE kvtl::kvtl)
 CMAKE
-"$cmake" -S "$work/app" -B "$work/app/build" -DCMAKE_C_COMPILER="$cc" \
+"$cmake" -S "$work/app" -B "$work/app/build" -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" \
   -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_FIND_USE_PACKAGE_REGISTRY=OFF \
   -DCMAKE_FIND_USE_SYSTEM_PACKAGE_REGISTRY=OFF >"$work/cmake.log" 2>&1 ||
   { cat "$work/cmake.log"; fail "configuring against the CMake package"; }
@@ -81,13 +86,15 @@ grep -q -- "-I$prefix/include\|-isystem $prefix/include" "$work/cmake_build.log"
   { cat "$work/cmake_build.log"; fail "the CMake package gives no installed include folder"; }
 cat "$work/cmake.log" >>"$work/cmake_build.log"
 check_program "$work/app/build/knapsack" "$work/cmake_build.log"
+check_program "$work/app/build/knapsack_cpp" "$work/cmake_build.log"
 
 # The version file turns down a request for another major version.
 mkdir "$work/v5"
 cp "$work/app/knapsack.c" "$work/v5/"
+cp "$work/app/knapsack.cpp" "$work/v5/"
 sed 's/find_package(kvtl 4.8 /find_package(kvtl 5.0 /' "$work/app/CMakeLists.txt" \
   >"$work/v5/CMakeLists.txt"
-if "$cmake" -S "$work/v5" -B "$work/v5/build" -DCMAKE_C_COMPILER="$cc" \
+if "$cmake" -S "$work/v5" -B "$work/v5/build" -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" \
      -DCMAKE_PREFIX_PATH="$prefix" >"$work/v5.log" 2>&1; then
   cat "$work/v5.log"; fail "find_package(kvtl 5.0) accepted version 4.8"
 fi
@@ -107,3 +114,9 @@ done
   { cat "$work/pc_build.log"; fail "building with pkg-config"; }
 echo "$cc -o $work/app/knapsack_pc $work/app/knapsack.c $flags -lm" >>"$work/pc_build.log"
 check_program "$work/app/knapsack_pc" "$work/pc_build.log"
+# The C++ example on the installed kvtl.hpp, with the same flags.
+"$cxx" -std=c++20 -o "$work/app/knapsack_cpp_pc" "$work/app/knapsack.cpp" $flags \
+  -Wl,-rpath,"$prefix/lib" >"$work/pc_cxx_build.log" 2>&1 ||
+  { cat "$work/pc_cxx_build.log"; fail "building the C++ example with pkg-config"; }
+echo "$cxx -std=c++20 -o $work/app/knapsack_cpp_pc $work/app/knapsack.cpp $flags" >>"$work/pc_cxx_build.log"
+check_program "$work/app/knapsack_cpp_pc" "$work/pc_cxx_build.log"

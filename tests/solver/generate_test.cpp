@@ -3,9 +3,13 @@
  * arrays of each of the six load calls, numbering rules, special rows,
  * names, directives, the incremental path and every failure report.
  */
+#include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <string>
+#include <vector>
 
 #include "solver/fixture.h"
 
@@ -722,6 +726,99 @@ TEST_F(Generate, EveryAllocationFailureReports1502) {
   EXPECT_EQ(result, 0);
   EXPECT_GT(fail_at, 4);
   EXPECT_EQ(prob->status, MDL_ST_LOADED);
+}
+
+// Many coefficients in rows whose variables were made far apart, with unused
+// variables between the columns, with and without columns ordered by name:
+// the column arrays hold exactly the model's coefficients, each column's
+// rows in row order.
+class LargeMatrix : public SolverTest {
+ protected:
+  void check(bool by_name);
+};
+
+void LargeMatrix::check(bool by_name) {
+  MDLprob p = prob;
+  std::vector<MDLvar> vars;
+  char name[32];
+  for (int i = 0; i < 300; ++i) {
+    // Names in reverse creation order, so that ordering by name reverses.
+    snprintf(name, sizeof name, "v%04d", 299 - i);
+    vars.push_back(mdlnewvar_prob(p, name, MDL_CONTINUOUS, 0, 1));
+  }
+  std::vector<MDLctr> rows;
+  uint64_t seed = 7;
+  auto draw = [&seed](uint64_t n) {
+    seed = seed * 6364136223846793005ull + 1442695040888963407ull;
+    return (seed >> 33) % n;
+  };
+  // Row r holds variables r mod 7, ... stepping through the whole range;
+  // every fourth variable is never used.
+  std::vector<std::map<int, double>> byvar(300);   // variable -> (row -> coef)
+  for (int r = 0; r < 120; ++r) {
+    MDLctr c = ctr(p, nullptr, MDL_CTR_L, 1);
+    for (int k = 0; k < 40; ++k) {
+      int v = static_cast<int>(draw(300));
+      if (v % 4 == 3) continue;
+      double a = static_cast<double>(draw(9) + 1);
+      term(c, vars[static_cast<size_t>(v)], a);
+      byvar[static_cast<size_t>(v)][r] += a;
+    }
+    rows.push_back(c);
+  }
+  MDLctr obj = builder::objective(p);
+  term(obj, vars[0], 1);
+  if (by_name) ASSERT_EQ(mdlsetcolorder_prob(p, 1), 0);
+  ASSERT_EQ(mdlloadmat_prob(p), 0);
+  EXPECT_TRUE(errors.empty());
+  const fake::call c = fake::calls_of("KVSLloadlp64").at(0);
+  // Rows are numbered newest constraint first.
+  std::vector<int> row_of(120);
+  for (int r = 0; r < 120; ++r) row_of[static_cast<size_t>(r)] = static_cast<int>(rows[static_cast<size_t>(r)]->row);
+  std::vector<int> used;
+  for (int v = 0; v < 300; ++v)
+    if (!byvar[static_cast<size_t>(v)].empty() || v == 0) used.push_back(v);
+  if (by_name) std::reverse(used.begin(), used.end());
+  ASSERT_EQ(c.i("ncols"), static_cast<int>(used.size()));
+  const std::vector<long> starts = c.iv("colstart"), counts = c.iv("colcount"), rowind = c.iv("rowind");
+  const std::vector<double> rowval = c.dv("rowval");
+  long nnz = 0;
+  for (size_t j = 0; j < used.size(); ++j) {
+    const int v = used[j];
+    EXPECT_EQ(vars[static_cast<size_t>(v)]->column, j);
+    std::map<int, double> expected;
+    for (const auto &[r, a] : byvar[static_cast<size_t>(v)]) expected[row_of[static_cast<size_t>(r)]] = a;
+    std::map<int, double> got;
+    long prev = -1;
+    for (long k = starts[j]; k < starts[j] + counts[j]; ++k) {
+      got[static_cast<int>(rowind[static_cast<size_t>(k)])] = rowval[static_cast<size_t>(k)];
+      EXPECT_LT(prev, rowind[static_cast<size_t>(k)]) << "column " << j;   // rows in order
+      prev = rowind[static_cast<size_t>(k)];
+    }
+    EXPECT_EQ(got, expected) << "column " << j;
+    nnz += counts[j];
+  }
+  EXPECT_EQ(nnz, p->nnz);
+  EXPECT_GT(nnz, 3000);   // more than the first blocks of the coefficient log
+}
+
+TEST_F(LargeMatrix, UnusedVariablesBetweenColumns) { check(false); }
+TEST_F(LargeMatrix, ColumnsOrderedByName) { check(true); }
+
+// A name longer than the longest length on record (which every naming path
+// keeps up to date) still reaches the engine whole.
+TEST_F(Generate, NamesLongerThanRecordedStillSentWhole) {
+  MDLvar a = mdlnewvar_prob(prob, "a_rather_long_column_name_0123456789", MDL_CONTINUOUS, 0, 1);
+  MDLvar b = mdlnewvar_prob(prob, "b", MDL_CONTINUOUS, 0, 1);
+  MDLctr c = ctr(prob, "a_rather_long_row_name_for_the_test", MDL_CTR_L, 1);
+  term(c, a, 1);
+  term(c, b, 1);
+  prob->maxnamelen = 0;
+  ASSERT_EQ(mdlloadmat_prob(prob), 0);
+  const auto names = fake::calls_of("KVSLaddnames");
+  ASSERT_EQ(names.size(), 2u);
+  EXPECT_EQ(names[0].cv("names"), names_of({"a_rather_long_row_name_for_the_test"}));
+  EXPECT_EQ(names[1].cv("names"), names_of({"a_rather_long_column_name_0123456789", "b"}));
 }
 
 }  // namespace
