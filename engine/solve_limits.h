@@ -30,6 +30,7 @@ class deadline_scope {
  private:
   kvsl_prob *prob_;
 };
+
 // Does the running solve have a deadline?
 bool has_deadline(const kvsl_prob *prob);
 // Seconds left before the deadline (never negative; huge without one).
