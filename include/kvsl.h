@@ -293,8 +293,8 @@ int KVSLloadbasis(KVSLprob prob, const int rowstat[], const int colstat[]);
  * part.  A model with entities whose relaxation is feasible (only the
  * integer model infeasible) has at most one subsystem, found by a deletion
  * filter whose subproblems are MIP solves of rows and bounds (entities and
- * sets always kept) under a time limit of 5 seconds each and 30 seconds in
- * all; it is flagged (see KVSLgetiisbounds) and has no IIS 0.  Each call
+ * sets always kept) under a time limit of 15 seconds each and 30 seconds in
+ * all (wall-clock); it is flagged (see KVSLgetiisbounds) and has no IIS 0.  Each call
  * that searches also keeps within control 7020's time limit: a search it
  * stops may go on in the next call, and a subsystem whose filter it stops
  * is flagged as not proved irreducible.  Control 8035
