@@ -19,6 +19,7 @@
 
 #include "callbacks.h"
 #include "search.h"
+#include "solve_limits.h"
 
 namespace kvsl {
 
@@ -215,7 +216,7 @@ class app_events : public CbcEventHandler {
       }
       case node:
       case treeStatus:
-        return st.failed ? stop : noAction;
+        return st.failed || deadline_passed(prob_) ? stop : noAction;
       default:
         return noAction;
     }

@@ -60,6 +60,7 @@
 #ifndef KVSL_ENGINE_H
 #define KVSL_ENGINE_H
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -179,6 +180,12 @@ struct kvsl_prob {
   std::string start_name;
   // Search callbacks and the cut pool (callbacks.h); null until first used.
   std::shared_ptr<kvsl::callback_state> callbacks;
+
+  // Limits of the running solve (solve_limits.h): its wall-clock deadline in
+  // steady-clock seconds (0: none), and whether a limit has stopped it
+  // (set from search threads and const paths, hence atomic and mutable).
+  double deadline = 0.0;
+  mutable std::atomic<bool> limit_hit{false};
 
   kvsl_prob();
   ~kvsl_prob();

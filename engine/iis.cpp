@@ -16,6 +16,7 @@
 
 #include "iis.h"
 #include "search.h"
+#include "solve_limits.h"
 
 namespace kvsl {
 
@@ -240,7 +241,7 @@ struct iis_state {
   bool out_of_budget() const {
     double t = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
     return static_cast<int>(found.size()) >= max_subsystems || explored >= max_explored ||
-           t > max_seconds;
+           t > max_seconds || deadline_passed(prob);
   }
 
   // Only the integer model is infeasible: one subsystem, from the deletion
@@ -283,7 +284,8 @@ struct iis_state {
         return true;
       }
     }
-    ended = true;
+    // A search stopped by the time limit may go on in a later call.
+    ended = !stopped_by_limit(prob);
     return false;
   }
 };
@@ -297,6 +299,8 @@ template <class F>
 int guarded(KVSLprob prob, F &&step) {
   if (prob == nullptr) return KVSL_ERR_BADARG;
   if (!prob->loaded) return kvsl::fail(prob, KVSL_ERR_NOTLOADED);
+  // Each call that searches has the time limit to itself.
+  kvsl::deadline_scope limits(prob);
   try {
     return step();
   } catch (const std::bad_alloc &) {

@@ -9,14 +9,17 @@
 
 #include "copy.h"
 #include "iis.h"
+#include "solve_limits.h"
 
 namespace kvsl {
 
 namespace {
 
-// Time for the whole filter and for each subproblem, in seconds.
+// Time for the whole filter and for each subproblem, in wall-clock seconds.
+// A subproblem's limit counts its whole solve (load, root, tree), so it is
+// generous enough for slow instrumented builds to decide small subproblems.
 constexpr double filter_seconds = 30.0;
-constexpr double subproblem_seconds = 5.0;
+constexpr double subproblem_seconds = 15.0;
 
 // Outcome of one subproblem.
 enum class verdict { feasible, infeasible, undecided };
@@ -25,10 +28,7 @@ enum class verdict { feasible, infeasible, undecided };
 class mip_subsystems {
  public:
   explicit mip_subsystems(const kvsl_prob *prob)
-      : n{prob->lp->numberRows(), prob->lp->numberColumns()}, copy(prob) {
-    double t = dblcontrol(prob, KVSL_CTRL_TIMELIMIT);
-    per_solve = t > 0.0 ? std::min(t, subproblem_seconds) : subproblem_seconds;
-  }
+      : parent(prob), n{prob->lp->numberRows(), prob->lp->numberColumns()}, copy(prob) {}
 
   // Solve the MIP made of exactly these members.
   verdict solve(const std::vector<int> &members) const {
@@ -46,7 +46,8 @@ class mip_subsystems {
     }
     KVSLprob sub = nullptr;
     if (KVSLcreateprob(&sub) != 0) return verdict::undecided;
-    int status = copy.load(sub, types, l, u, obj) == 0 ? solve_sub_mip(sub, per_solve) : -1;
+    double seconds = sub_solve_seconds(parent, subproblem_seconds);
+    int status = copy.load(sub, types, l, u, obj) == 0 ? solve_sub_mip(sub, seconds) : -1;
     KVSLdestroyprob(sub);
     if (status == KVSL_MIP_INFEAS) return verdict::infeasible;
     if (status == KVSL_MIP_SOLUTION || status == KVSL_MIP_OPTIMAL) return verdict::feasible;
@@ -54,9 +55,9 @@ class mip_subsystems {
   }
 
  private:
+  const kvsl_prob *parent;  // its deadline bounds every subproblem
   numbering n;
   problem_copy copy;
-  double per_solve;
 };
 
 }  // namespace
@@ -69,7 +70,7 @@ mip_iis integer_deletion_filter(const kvsl_prob *prob, const std::vector<int> &m
   auto t0 = std::chrono::steady_clock::now();
   for (size_t k = 0; k < out.members.size();) {
     double spent = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-    if (spent > filter_seconds) {
+    if (spent > filter_seconds || deadline_passed(prob)) {
       out.flags |= iis_flag_unproved;
       break;
     }

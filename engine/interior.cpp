@@ -16,6 +16,7 @@
 #include <IpTNLP.hpp>
 
 #include "engine.h"
+#include "solve_limits.h"
 
 namespace kvsl {
 
@@ -156,6 +157,14 @@ class quadratic_nlp : public Ipopt::TNLP {
     status_ = status;
     x_.assign(x, x + n_);
     lambda_.assign(lambda, lambda + m_);
+  }
+
+  // Ipopt measures CPU time only: the wall-clock deadline is checked at
+  // every iteration (false stops the solve as asked by the user).
+  bool intermediate_callback(Ipopt::AlgorithmMode, Index, Number, Number, Number, Number, Number,
+                             Number, Number, Number, Index, const Ipopt::IpoptData *,
+                             Ipopt::IpoptCalculatedQuantities *) override {
+    return !deadline_passed(prob_);
   }
 
   Ipopt::SolverReturn status_ = Ipopt::UNASSIGNED;
@@ -320,8 +329,8 @@ void solve_relaxation(const kvsl_prob *prob, const relaxation_bounds &bounds, co
     app->Options()->SetStringValue("jac_d_constant", "yes");
     app->Options()->SetStringValue("hessian_constant", "yes");
   }
-  double t = dblcontrol(prob, KVSL_CTRL_TIMELIMIT);
-  if (t > 0.0) app->Options()->SetNumericValue("max_cpu_time", t);
+  if (has_deadline(prob))
+    app->Options()->SetNumericValue("max_cpu_time", sub_solve_seconds(prob, seconds_left(prob)));
   if (app->Initialize() != Ipopt::Solve_Succeeded) return;
   Ipopt::ApplicationReturnStatus rc = app->OptimizeTNLP(Ipopt::GetRawPtr(nlp));
   out.status = status_of(rc);

@@ -10,6 +10,7 @@
 
 #include "log.h"
 #include "search.h"
+#include "solve_limits.h"
 
 namespace kvsl {
 
@@ -35,15 +36,13 @@ ClpSolve solve_options(const kvsl_prob *prob, const char *flags, bool presolve) 
 void apply_controls(kvsl_prob *prob, ClpSimplex &m, const char *flags) {
   m.setPrimalTolerance(dblcontrol(prob, KVSL_CTRL_FEASTOL));
   m.setDualTolerance(dblcontrol(prob, KVSL_CTRL_OPTIMALITYTOL));
-  double t = dblcontrol(prob, KVSL_CTRL_TIMELIMIT);
-  m.setMaximumSeconds(t > 0.0 ? t : -1.0);
   m.scaling(intcontrol(prob, KVSL_CTRL_SCALING) != 0 ? 3 : 0);
   prepare_lp_log(prob);
   // The barrier's factorisation writes to standard output at any log level
   // above 0, so it runs silent; the engine reports its result itself.
   if (use_barrier(prob, flags)) prob->log->setLogLevel(0);
   iteration_log events(prob, intcontrol(prob, KVSL_CTRL_LPLOG));
-  m.passInEventHandler(&events);  // the model keeps a clone
+  watch_deadline(prob, m, &events, true);
 }
 
 // LP status code of Clp's final state.
@@ -142,7 +141,8 @@ int solve_lp(kvsl_prob *prob, const char *flags) {
       prob->iterations = m.numberIterations();
       // Presolve may stop at "infeasible or unbounded"; the plain simplex
       // tells the two apart, and a primal check confirms what it says.
-      if (presolve && (m.status() == 1 || m.status() == 2) && m.secondaryStatus() != 1) {
+      if (presolve && (m.status() == 1 || m.status() == 2) && m.secondaryStatus() != 1 &&
+          !deadline_passed(prob)) {
         ClpSolve plain = solve_options(prob, flags, false);
         m.initialSolve(plain);
         prob->iterations += m.numberIterations();

@@ -5,7 +5,6 @@
  */
 #include <algorithm>
 #include <chrono>
-#include <climits>
 #include <cmath>
 
 #include <CbcHeuristic.hpp>
@@ -29,6 +28,7 @@
 #include "log.h"
 #include "mipstart.h"
 #include "search.h"
+#include "solve_limits.h"
 
 namespace kvsl {
 
@@ -98,20 +98,13 @@ int search_log_level(const kvsl_prob *prob) {
   return std::min(intcontrol(prob, KVSL_CTRL_MIPLOG), 1);
 }
 
-// Apply the limits, tolerances and log level of the controls.
+// Apply the tolerances, cutoff and log level of the controls (the limits
+// are apply_search_limits').
 void apply_controls(const kvsl_prob *prob, CbcModel &model) {
-  int maxnode = intcontrol(prob, KVSL_CTRL_MAXNODE);
-  model.setMaximumNodes(maxnode > 0 ? maxnode : INT_MAX);
-  double t = dblcontrol(prob, KVSL_CTRL_TIMELIMIT);
-  model.setMaximumSeconds(t > 0.0 ? t : 1e100);
-  model.setAllowableGap(dblcontrol(prob, KVSL_CTRL_MIPABSGAP));
-  model.setAllowableFractionGap(dblcontrol(prob, KVSL_CTRL_MIPRELGAP));
   model.setIntegerTolerance(dblcontrol(prob, KVSL_CTRL_MIPTOL));
   double cutoff = dblcontrol(prob, KVSL_CTRL_CUTOFF);
   // The backend works without the constant k; it minimises sense * c'x.
   if (std::fabs(cutoff) < 1e39) model.setCutoff(prob->sense * (cutoff + prob->objconst));
-  int threads = intcontrol(prob, KVSL_CTRL_THREADS);
-  if (threads > 1) model.setNumberThreads(threads);
   model.setLogLevel(search_log_level(prob));
   // Levels 2 and up log every node rather than every hundred.
   if (intcontrol(prob, KVSL_CTRL_MIPLOG) >= 2) model.setPrintFrequency(1);
@@ -161,7 +154,7 @@ int solve_without_entities(kvsl_prob *prob, const char *flags) {
 
 // Solve the root LP relaxation; false when it ends the search at once.
 bool solve_root(kvsl_prob *prob, OsiClpSolverInterface &solver) {
-  solver.getModelPtr()->setMaximumSeconds(-1.0);
+  watch_deadline(prob, *solver.getModelPtr(), nullptr, false);
   solver.initialSolve();
   ClpSimplex &root = *solver.getModelPtr();
   prob->iterations = solver.getIterationCount();
@@ -240,6 +233,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   bool presolve = false;
   CglPreProcess process;
   process.passInMessageHandler(&log);
+  limit_preprocessing(prob, process);
   OsiSolverInterface *pre = presolve ? process.preProcess(solver, false, 5) : &solver;
   if (pre == nullptr) {  // preprocessing proved infeasibility
     prob->mipstatus = KVSL_MIP_INFEAS;
@@ -277,7 +271,9 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     add_indicator_objects(prob, model, indicator_rows, dirs);
   }
   std::shared_ptr<void> app = attach_search_callbacks(prob, model);
-  // After the callbacks: their candidate callback sees the start too.
+  apply_search_limits(prob, model);
+  // After the callbacks and the limits' watch: the start's guard passes
+  // every other event on to them, and the candidate callback sees the start.
   std::shared_ptr<void> start =
       offer_mip_start(prob, model, presolve ? process.originalColumns() : nullptr);
   model.branchAndBound();
@@ -346,11 +342,12 @@ int solve_mip(kvsl_prob *prob, const char *flags) {
     }
     // Solutions the application vetoed may have ended nodes early: search
     // again with the cuts it gave in the LP until no veto adds any.
-    while (search_again_after_vetoes(prob)) {
+    while (search_again_after_vetoes(prob) && !stopped_by_limit(prob)) {
       prob->mip_held = false;
       prob->best_bound = prob->sense > 0 ? -KVSL_INFINITY : KVSL_INFINITY;
       search(prob, log, quiet, {false, true});
     }
+    settle_stopped_search(prob);
     keep_mip_start(prob);
   } catch (const std::bad_alloc &) {
     return fail(prob, KVSL_ERR_NOMEM);

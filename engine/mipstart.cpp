@@ -19,6 +19,7 @@
 #include "copy.h"
 #include "mipstart.h"
 #include "search.h"
+#include "solve_limits.h"
 
 namespace kvsl {
 
@@ -65,7 +66,7 @@ std::vector<double> complete(const kvsl_prob *prob, const mip_start &s) {
   if (KVSLcreateprob(&sub) != 0) return {};
   std::vector<double> x;
   if (copy.load(sub, copy.rowtype, lo, up, cost) == 0) {
-    int status = solve_sub_mip(sub, completion_seconds);
+    int status = solve_sub_mip(sub, sub_solve_seconds(prob, completion_seconds));
     if (status == KVSL_MIP_SOLUTION || status == KVSL_MIP_OPTIMAL) {
       x.resize(static_cast<size_t>(prob->ncols));
       if (KVSLgetmipsol(sub, x.data(), nullptr) != 0) x.clear();

@@ -7,6 +7,7 @@
 #include <ClpSimplex.hpp>
 
 #include "search.h"
+#include "solve_limits.h"
 
 namespace {
 
@@ -26,6 +27,7 @@ int optimise(KVSLprob prob, const char *flags, bool search) {
                                : "An indicator column is not a binary column.");
     return kvsl::fail(prob, rc);
   }
+  kvsl::deadline_scope limits(prob);
   if (search && !kvsl::has_flag(flags, 'l')) return kvsl::solve_mip(prob, flags);
   return kvsl::solve_lp(prob, flags);
 }

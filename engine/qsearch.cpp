@@ -13,6 +13,7 @@
 #include <CoinPackedMatrix.hpp>
 
 #include "search.h"
+#include "solve_limits.h"
 
 namespace kvsl {
 
@@ -228,8 +229,6 @@ void quadratic_search::consider(const std::vector<double> &relaxed) {
 }
 
 void quadratic_search::run(const char *) {
-  auto t0 = std::chrono::steady_clock::now();
-  const double time_limit = dblcontrol(prob_, KVSL_CTRL_TIMELIMIT);
   const int node_limit = intcontrol(prob_, KVSL_CTRL_MAXNODE);
   relaxation_bounds root = model_bounds(prob_);
   std::vector<node> open;
@@ -240,8 +239,7 @@ void quadratic_search::run(const char *) {
     node nd = std::move(open.back());
     open.pop_back();
     if (prune(nd.parent_bound)) continue;
-    double elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-    if ((node_limit > 0 && nodes >= node_limit) || (time_limit > 0.0 && elapsed >= time_limit)) {
+    if ((node_limit > 0 && nodes >= node_limit) || deadline_passed(prob_)) {
       complete_ = false;
       open_bound = std::min(open_bound, nd.parent_bound);
       for (const node &o : open) open_bound = std::min(open_bound, o.parent_bound);
@@ -315,7 +313,10 @@ int solve_quadratic_search(kvsl_prob *prob, const char *flags) {
     return 0;
   }
   if (prob->lpstatus != KVSL_LP_OPTIMAL) {
-    prob->mipstatus = KVSL_MIP_LP_NOT_OPTIMAL;
+    // A root relaxation cut short by the deadline leaves a search stopped
+    // without a solution.
+    prob->mipstatus =
+        prob->lpstatus == KVSL_LP_UNFINISHED ? KVSL_MIP_NO_SOL_FOUND : KVSL_MIP_LP_NOT_OPTIMAL;
     return 0;
   }
   try {

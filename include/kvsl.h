@@ -417,9 +417,11 @@ int KVSLloadbasis(KVSLprob prob, const int rowstat[], const int colstat[]);
  * part.  A model with entities whose relaxation is feasible (only the
  * integer model infeasible) has at most one subsystem, found by a deletion
  * filter whose subproblems are MIP solves of rows and bounds (entities and
- * sets always kept) under a time limit of 5 seconds each (less when
- * control 7020 is smaller) and 30 seconds in all; it is flagged (see
- * KVSLgetiisbounds) and has no IIS 0.  Control 8035
+ * sets always kept) under a time limit of 15 seconds each and 30 seconds in
+ * all (wall-clock); it is flagged (see KVSLgetiisbounds) and has no IIS 0.  Each call
+ * that searches also keeps within control 7020's time limit: a search it
+ * stops may go on in the next call, and a subsystem whose filter it stops
+ * is flagged as not proved irreducible.  Control 8035
  * silences the line logged for each subsystem found ("IIS n: r rows, b
  * bounds").  A new load or optimisation drops the subsystems found (they
  * stay readable after changes, as solutions do).
@@ -562,7 +564,10 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  *   8047 KVSL_CTRL_BARRIERLOG   barrier iteration log: 1 / 0 (default 0)
  *   8078 KVSL_CTRL_DUALREDUCTIONS reductions that may cut off optimal
  *                               solutions (dual fixing in presolve): 1 (default) / 0
- *   8079 KVSL_CTRL_THREADS      threads of the global search (default 1)
+ *   8079 KVSL_CTRL_THREADS      threads of the global search (default 1):
+ *                               Cbc's threaded tree search; with search
+ *                               callbacks, and in the search of quadratic
+ *                               models, the search keeps to one thread
  *   8080 KVSL_CTRL_CUTSTRATEGY  cut generation: 0 none, 1 (default) on
  *   8081 KVSL_CTRL_HEURSTRATEGY primal heuristics: 0 none, 1 (default) on
  * Double controls (KVSLsetdblcontrol / KVSLgetdblcontrol):
@@ -572,9 +577,13 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  *   7015 KVSL_CTRL_PSEUDOCOST   default pseudo cost of directives (default 0.01)
  *   7018 KVSL_CTRL_MIPABSGAP    absolute gap at which the search stops (default 0)
  *   7019 KVSL_CTRL_MIPRELGAP    relative gap at which the search stops
- *                               (default 1e-4)
+ *                               (default 1e-4): it stops once the best
+ *                               solution is within either gap of the best
+ *                               bound (incumbent - bound <= 7018, or <=
+ *                               7019 times |incumbent|) and reports MIP
+ *                               status 6, optimal within the gap
  *   7020 KVSL_CTRL_TIMELIMIT    time limit in seconds, 0 or less none
- *                               (default 0)
+ *                               (default 0); see "Limits" below
  *   7021 KVSL_CTRL_CUTOFF       objective cutoff of the search (default
  *                               1e40 minimising, -1e40 maximising: none)
  */
@@ -599,6 +608,28 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
 #define KVSL_CTRL_MIPRELGAP 7019 /**< 7019: relative gap at which the search stops (default 1e-4) */
 #define KVSL_CTRL_TIMELIMIT 7020 /**< 7020: time limit in seconds, 0 or less none (default 0) */
 #define KVSL_CTRL_CUTOFF 7021 /**< 7021: objective cutoff of the search (default 1e40 minimising, -1e40 maximising: none) */
+
+/* ---- Limits ----------------------------------------------------------------
+ *
+ * The time limit (control 7020) is wall-clock time from the start of each
+ * optimisation call (KVSLlpoptimize, KVSLmipoptimize, KVSLminim, KVSLmaxim)
+ * or infeasible-subsystem call, shared by every stage of it: the simplex
+ * (checked at every iteration, presolve included), the barrier (checked
+ * between its iterations; its first factorisation runs to its end), the
+ * completion of a partial MIP start, the root LP, cuts, heuristics and tree
+ * of the global search (checked in every node LP and after every node),
+ * the interior-point method (checked at every iteration) and the search of
+ * quadratic models (checked before every node).  The node limit (control
+ * 8020) counts the nodes of one search.
+ *
+ * A search stopped by a limit has MIP status 4 when it holds a solution
+ * (the best found, or the checked MIP start when the search found none
+ * better; KVSLgetmipsol and attribute 2003 read it) and 3 when not; the
+ * best bound (attribute 2002, never beyond the solution) and the node
+ * count (1036) stay readable.  An LP stopped by the time limit has LP
+ * status 4 (unfinished) and no solution; so has the root LP of a search
+ * stopped before the root was solved.
+ */
 
 /* ---- Attribute numbers ----------------------------------------------------
  *

@@ -1,0 +1,156 @@
+/*
+ * solve_limits.cpp -- the limits of one solve: one wall-clock deadline checked in
+ * our own loops and handed to each backend, node, gap and thread controls,
+ * and the MIP status after a stop.
+ */
+#include <algorithm>
+#include <chrono>
+#include <climits>
+#include <cmath>
+
+#include <CbcEventHandler.hpp>
+#include <CbcModel.hpp>
+#include <CglPreProcess.hpp>
+#include <ClpEventHandler.hpp>
+#include <ClpSimplex.hpp>
+
+#include "solve_limits.h"
+
+namespace kvsl {
+
+namespace {
+
+// What seconds_left() answers without a deadline.
+constexpr double no_limit = 1e100;
+// The shortest limit a backend is given: some backends read 0 as "none".
+constexpr double shortest = 1e-3;
+
+// Steady-clock seconds.
+double now() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+// Stops a simplex at the deadline, after an optional inner handler (the
+// iteration log) has seen each event.
+class simplex_watch : public ClpEventHandler {
+ public:
+  simplex_watch(const kvsl_prob *prob, const ClpEventHandler *inner)
+      : prob_(prob), inner_(inner != nullptr ? inner->clone() : nullptr) {}
+  simplex_watch(const simplex_watch &o)
+      : ClpEventHandler(o), prob_(o.prob_), inner_(o.inner_ ? o.inner_->clone() : nullptr) {}
+  simplex_watch &operator=(const simplex_watch &) = delete;
+  ~simplex_watch() override { delete inner_; }
+  ClpEventHandler *clone() const override { return new simplex_watch(*this); }
+
+  int event(Event which) override {
+    if (inner_ != nullptr) {
+      inner_->setSimplex(model_);
+      int rc = inner_->event(which);
+      if (rc != -1) return rc;
+    }
+    // 0 ends the simplex with status 5 (stopped by an event).
+    if (which == endOfIteration && deadline_passed(prob_)) return 0;
+    return -1;
+  }
+
+ private:
+  const kvsl_prob *prob_;
+  ClpEventHandler *inner_;
+};
+
+// Stops the tree at the deadline: checked after every node.
+class search_watch : public CbcEventHandler {
+ public:
+  explicit search_watch(const kvsl_prob *prob) : prob_(prob) {}
+  CbcEventHandler *clone() const override { return new search_watch(*this); }
+  CbcAction event(CbcEvent which) override {
+    if ((which == node || which == treeStatus) && deadline_passed(prob_)) return stop;
+    return noAction;
+  }
+
+ private:
+  const kvsl_prob *prob_;
+};
+
+}  // namespace
+
+deadline_scope::deadline_scope(kvsl_prob *prob) : prob_(prob) {
+  double t = dblcontrol(prob, KVSL_CTRL_TIMELIMIT);
+  prob->deadline = t > 0.0 && std::isfinite(t) ? now() + t : 0.0;
+  prob->limit_hit = false;
+}
+
+deadline_scope::~deadline_scope() {
+  prob_->deadline = 0.0;
+  if (prob_->lp) {
+    prob_->lp->setMaximumSeconds(-1.0);
+    prob_->lp->setMaximumWallSeconds(-1.0);
+  }
+}
+
+bool has_deadline(const kvsl_prob *prob) { return prob->deadline > 0.0; }
+
+double seconds_left(const kvsl_prob *prob) {
+  if (!has_deadline(prob)) return no_limit;
+  return std::max(0.0, prob->deadline - now());
+}
+
+bool deadline_passed(const kvsl_prob *prob) {
+  if (!has_deadline(prob) || now() < prob->deadline) return false;
+  prob->limit_hit = true;
+  return true;
+}
+
+bool stopped_by_limit(const kvsl_prob *prob) { return prob->limit_hit; }
+
+double sub_solve_seconds(const kvsl_prob *prob, double cap) {
+  return std::max(shortest, std::min(cap, seconds_left(prob)));
+}
+
+void watch_deadline(const kvsl_prob *prob, ClpSimplex &m, ClpEventHandler *inner, bool own_limits) {
+  // The barrier raises no iteration events: it goes by Clp's own limits.
+  // Elsewhere they stay off, also against a copy of a model that carries
+  // those of an earlier solve: only the handler, which marks the stop, ends
+  // a search's LPs.
+  double left = has_deadline(prob) && own_limits ? std::max(shortest, seconds_left(prob)) : -1.0;
+  m.setMaximumSeconds(left);
+  m.setMaximumWallSeconds(left);
+  simplex_watch watch(prob, inner);
+  m.passInEventHandler(&watch);  // the model keeps a clone
+}
+
+void limit_preprocessing(const kvsl_prob *prob, CglPreProcess &process) {
+  if (has_deadline(prob)) process.setTimeLimit(std::max(shortest, seconds_left(prob)), true);
+}
+
+void apply_search_limits(const kvsl_prob *prob, CbcModel &model) {
+  int maxnode = intcontrol(prob, KVSL_CTRL_MAXNODE);
+  // Attempts of one solve share the node limit.
+  model.setMaximumNodes(maxnode > 0 ? std::max(0, maxnode - prob->nodes) : INT_MAX);
+  model.setUseElapsedTime(true);
+  model.setMaximumSeconds(has_deadline(prob) ? std::max(shortest, seconds_left(prob)) : 1e100);
+  model.setAllowableGap(std::max(0.0, dblcontrol(prob, KVSL_CTRL_MIPABSGAP)));
+  model.setAllowableFractionGap(std::max(0.0, dblcontrol(prob, KVSL_CTRL_MIPRELGAP)));
+  int threads = intcontrol(prob, KVSL_CTRL_THREADS);
+  // With the application's callbacks the search keeps to one thread.
+  if (threads > 1 && model.getEventHandler() == nullptr) model.setNumberThreads(threads);
+  if (has_deadline(prob) && model.getEventHandler() == nullptr) {
+    search_watch watch(prob);
+    model.passInEventHandler(&watch);  // the model keeps a clone
+  }
+}
+
+void settle_stopped_search(kvsl_prob *prob) {
+  if (!stopped_by_limit(prob) || prob->mipstatus == KVSL_MIP_UNBOUNDED) return;
+  if (!prob->mip_held && !prob->start_x.empty()) {
+    // The checked MIP start is the best solution known.
+    prob->mip_x = prob->start_x;
+    prob->mip_obj = objective_of(prob, prob->mip_x.data());
+    prob->mip_held = true;
+  }
+  if (prob->mip_held && prob->sense * (prob->best_bound - prob->mip_obj) > 0.0)
+    prob->best_bound = prob->mip_obj;
+  prob->mipstatus = prob->mip_held ? KVSL_MIP_SOLUTION : KVSL_MIP_NO_SOL_FOUND;
+}
+
+}  // namespace kvsl
