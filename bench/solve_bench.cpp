@@ -8,7 +8,8 @@
  *   kvtl_solve_bench [--engine] file.mps[.gz] | file.QPS[.gz]
  *
  * Prints one line of key=value pairs: read+build(+load) and solve wall
- * seconds, the status and the objective (with the file's constant).
+ * seconds, the status, the objective (with the file's constant) and the
+ * number of search nodes.
  */
 #include <stdio.h>
 #include <string.h>
@@ -56,8 +57,10 @@ int through_library(const char *file) {
   }
   const double t2 = wall_seconds();
   const int status = mip ? mdlgetmipstat_prob(prob) : mdlgetlpstat_prob(prob);
-  printf("build=%.6f solve=%.6f mip=%d status=%d obj=%.12g\n", t1 - t0, t2 - t1, mip ? 1 : 0,
-         status, mdlgetobjval_prob(prob));
+  int nodes = 0;
+  KVSLgetintattrib(static_cast<KVSLprob>(mdlgetkvslprob_prob(prob)), KVSL_ATTR_NODES, &nodes);
+  printf("build=%.6f solve=%.6f mip=%d status=%d obj=%.12g nodes=%d\n", t1 - t0, t2 - t1,
+         mip ? 1 : 0, status, mdlgetobjval_prob(prob), nodes);
   mdldelprob_prob(prob);
   return 0;
 }
@@ -169,8 +172,10 @@ int into_engine(const char *file) {
   double obj = 0;
   KVSLgetintattrib(kp, mip ? KVSL_ATTR_MIPSTATUS : KVSL_ATTR_LPSTATUS, &status);
   KVSLgetdblattrib(kp, mip ? KVSL_ATTR_MIPOBJVAL : KVSL_ATTR_LPOBJVAL, &obj);
-  printf("build=%.6f solve=%.6f mip=%d status=%d obj=%.12g\n", t1 - t0, t2 - t1, mip ? 1 : 0,
-         status, obj);
+  int nodes = 0;
+  KVSLgetintattrib(kp, KVSL_ATTR_NODES, &nodes);
+  printf("build=%.6f solve=%.6f mip=%d status=%d obj=%.12g nodes=%d\n", t1 - t0, t2 - t1,
+         mip ? 1 : 0, status, obj, nodes);
   KVSLdestroyprob(kp);
   KVSLfree();
   return 0;

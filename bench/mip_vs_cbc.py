@@ -1,0 +1,156 @@
+#!/usr/bin/python3
+"""mip_vs_cbc.py -- the MIP search through the library against cbc's command
+line: every MIPLIB 3 model of the shared data, both in the same run.
+
+  bench/mip_vs_cbc.py [--build-dir build] [--data DIR] [--cap SECONDS]
+                      [--models a,b,...] [--markdown]
+
+Each model is solved by two whole processes, one after the other:
+`kvtl_solve_bench FILE` (read, stated through the public interface, searched
+with `mdlminim_prob(prob, "g")`) and `cbc FILE -solve -quit`. Both are capped
+at --cap seconds of wall time (a capped run counts as the cap). The table
+gives CPU seconds of each process (the machine is shared, so CPU time is the
+fairer clock; wall seconds beside them), the objectives checked against the
+published optimum (relative 1e-5), the node counts and the ratio
+library/cbc. The goal: summed library time no more than cbc's, and no model
+above 2x.
+"""
+import argparse
+import csv
+import os
+import re
+import subprocess
+import sys
+import time
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+ROOT = os.path.dirname(HERE)
+ALL_MODELS = ["p0033", "p0201", "p0282", "p0548", "lseu", "egout", "flugpl", "bell5", "bell3a",
+              "stein27", "mod008", "gt2", "vpm1", "vpm2", "rgn", "enigma", "misc03", "khb05250",
+              "dcmulti", "pk1"]
+
+
+def run(cmd, cap):
+    """Run cmd; (stdout, cpu seconds, wall seconds, capped)."""
+    start = time.perf_counter()
+    proc = subprocess.Popen(cmd, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+    capped = False
+    while True:
+        pid, status, usage = os.wait4(proc.pid, os.WNOHANG)
+        if pid != 0:
+            break
+        if time.perf_counter() - start > cap:
+            proc.kill()
+            _, status, usage = os.wait4(proc.pid, 0)
+            capped = True
+            break
+        time.sleep(0.002)
+    wall = time.perf_counter() - start
+    out = proc.stdout.read().decode(errors="replace")
+    proc.stdout.close()
+    if not capped and os.waitstatus_to_exitcode(status) != 0:
+        raise RuntimeError(f"{' '.join(cmd)} failed: {out.strip()[-500:]}")
+    return out, usage.ru_utime + usage.ru_stime, wall, capped
+
+
+def read_optima(data):
+    with open(os.path.join(data, "miplib3", "optima.tsv")) as f:
+        return {r["name"]: float(r["optimum"]) for r in csv.DictReader(f, delimiter="\t")}
+
+
+def library(build_dir, path, cap):
+    out, cpu, wall, capped = run([os.path.join(build_dir, "bench", "kvtl_solve_bench"), path], cap)
+    if capped:
+        return {"cpu": cpu, "wall": wall, "capped": True, "obj": None, "nodes": None}
+    last = [l for l in out.splitlines() if l.startswith("build=")][-1]
+    pairs = dict(kv.split("=") for kv in last.split())
+    status = int(pairs["status"])
+    return {"cpu": cpu, "wall": wall, "capped": False, "nodes": int(pairs["nodes"]),
+            "obj": float(pairs["obj"]) if status == 6 else None, "status": status}
+
+
+def cbc(path, cap):
+    out, cpu, wall, capped = run(["cbc", path, "-solve", "-quit"], cap)
+    if capped:
+        return {"cpu": cpu, "wall": wall, "capped": True, "obj": None, "nodes": None}
+    obj = re.search(r"^Objective value:\s+(\S+)", out, re.M)
+    nodes = re.search(r"^Enumerated nodes:\s+(\d+)", out, re.M)
+    optimal = re.search(r"^Result - Optimal solution found", out, re.M) is not None
+    return {"cpu": cpu, "wall": wall, "capped": False,
+            "obj": float(obj.group(1)) if obj and optimal else None,
+            "nodes": int(nodes.group(1)) if nodes else None}
+
+
+def verdict(r, optimum):
+    if r["capped"]:
+        return "capped"
+    if r["obj"] is None:
+        return "not optimal"
+    ok = abs(r["obj"] - optimum) <= 1e-5 * max(1.0, abs(optimum))
+    return "ok" if ok else f"WRONG {r['obj']:.10g}"
+
+
+def compare(build_dir, data, models, cap):
+    """Rows of (model, library result, cbc result, optimum)."""
+    optima = read_optima(data)
+    rows = []
+    for name in models:
+        path = os.path.join(data, "miplib3", name + ".mps.gz")
+        if not os.path.exists(path):
+            raise FileNotFoundError(path)
+        lib = library(build_dir, path, cap)
+        peer = cbc(path, cap)
+        rows.append((name, lib, peer, optima[name]))
+        print(f"  {name}: library {lib['cpu']:.2f}s, cbc {peer['cpu']:.2f}s", file=sys.stderr,
+              flush=True)
+    return rows
+
+
+def table(rows, cap):
+    """The comparison as a markdown table with the verdict against the goal."""
+    lines = ["| model | library CPU s (wall) | cbc CPU s (wall) | ratio | library nodes | "
+             "cbc nodes | library objective | cbc objective |",
+             "|---|---|---|---|---|---|---|---|"]
+    lib_total = cbc_total = 0.0
+    worst = 0.0
+    wrong = 0
+    for name, lib, peer, opt in rows:
+        lc = cap if lib["capped"] else lib["cpu"]
+        pc = cap if peer["capped"] else peer["cpu"]
+        lib_total += lc
+        cbc_total += pc
+        ratio = lc / max(pc, 1e-3)
+        worst = max(worst, ratio)
+        lv, pv = verdict(lib, opt), verdict(peer, opt)
+        wrong += lv != "ok"
+        nodes = lambda r: "-" if r["nodes"] is None else str(r["nodes"])
+        lines.append(f"| {name} | {lc:.2f} ({lib['wall']:.2f}) | {pc:.2f} ({peer['wall']:.2f}) | "
+                     f"{ratio:.2f}x | {nodes(lib)} | {nodes(peer)} | {lv} | {pv} |")
+    total_ratio = lib_total / max(cbc_total, 1e-3)
+    lines.append(f"| **total** | {lib_total:.2f} | {cbc_total:.2f} | {total_ratio:.2f}x | | | | |")
+    met = total_ratio <= 1.0 and worst <= 2.0 and wrong == 0
+    summary = (f"Total {lib_total:.2f} s against cbc's {cbc_total:.2f} s ({total_ratio:.2f}x), "
+               f"worst model {worst:.2f}x, {wrong} model(s) not at the published optimum "
+               f"(cap {cap:.0f} s): goal {'MET' if met else 'MISSED'}")
+    return "\n".join(lines), summary, met
+
+
+def main():
+    ap = argparse.ArgumentParser(description=__doc__.split("\n")[0])
+    ap.add_argument("--build-dir", default=os.path.join(ROOT, "build"))
+    ap.add_argument("--data", default=os.path.join(ROOT, "..", "shared", "data"))
+    ap.add_argument("--cap", type=float, default=300.0, help="wall seconds per process")
+    ap.add_argument("--models", default=",".join(ALL_MODELS))
+    args = ap.parse_args()
+    data = args.data
+    if not os.path.isdir(data) and os.path.isdir("/work/shared/data"):
+        data = "/work/shared/data"
+    rows = compare(args.build_dir, data, args.models.split(","), args.cap)
+    text, summary, _ = table(rows, args.cap)
+    print(text)
+    print()
+    print(summary)
+
+
+if __name__ == "__main__":
+    main()
