@@ -8,6 +8,8 @@ Parts (all by default):
   build   build + load of p-median and transport models: library, floor, peer
   micro   Google Benchmark micro-benchmarks (term lists, names, pools, expressions)
   solve   reference models solved through the library and by clp / cbc
+  mip     the MIP search against cbc's command line on all 20 MIPLIB 3 models
+          (bench/mip_vs_cbc.py), against its goal
 """
 import argparse
 import json
@@ -426,7 +428,9 @@ def main():
     ap = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawTextHelpFormatter)
     ap.add_argument("--build-dir", default=os.path.join(ROOT, "build"))
     ap.add_argument("--data-dir", default=os.path.join(ROOT, "..", "shared", "data"))
-    ap.add_argument("--parts", default="check,build,micro,solve")
+    ap.add_argument("--parts", default="check,build,micro,solve,mip")
+    ap.add_argument("--mip-cap", type=float, default=300.0,
+                    help="wall seconds per process of the MIP comparison")
     ap.add_argument("--quick", action="store_true", help="small sizes, one repetition (smoke run)")
     ap.add_argument("--no-peer", action="store_true", help="leave PuLP out")
     ap.add_argument("--solve-reps", type=int, default=7, help="repetitions per LP model")
@@ -456,7 +460,19 @@ def main():
         solve_rows = part_solve(args)
         sections.append("### Solve overhead (whole process: read the MPS file, build, solve)\n\n"
                         + solve_table(solve_rows))
+    mip_summary = None
+    if "mip" in parts:
+        sys.path.insert(0, HERE)
+        import mip_vs_cbc
+        models = mip_vs_cbc.ALL_MODELS[:4] if args.quick else mip_vs_cbc.ALL_MODELS
+        log("mip: the search against cbc's command line")
+        rows = mip_vs_cbc.compare(args.build_dir, args.data_dir, models, args.mip_cap)
+        table, mip_summary, _ = mip_vs_cbc.table(rows, args.mip_cap)
+        sections.append("### MIP search against cbc's command line (whole process, CPU seconds)\n\n"
+                        + table + "\n\n" + mip_summary)
     summary = goals(build, micro_data, solve_rows)
+    if mip_summary is not None:
+        summary += "\n- MIP search, total no more than cbc's and no model above 2x: " + mip_summary
     stamp = time.strftime("%Y-%m-%d %H:%M", time.localtime())
     text = (f"Run of {stamp} ({'quick' if args.quick else 'full'}, {time.time() - started:.0f} s); "
             f"{machine()}.\n\n### Goals\n\n{summary}\n\n" + "\n\n".join(sections))

@@ -148,3 +148,129 @@ TEST_F(BadInput, LowerAboveUpperIsInfeasible) {
 }
 
 }  // namespace
+
+// The models below are plain integer models on which Cbc's preprocessing
+// gives a wrong answer (the cbc command line does the same on the model
+// written as an MPS file).  They keep the search exact whatever strategy it
+// uses: preprocessing must never be allowed near what it gets wrong.
+
+// min 5x0 - x2, 3 <= -2x0 + 3x2 <= 4, x0 binary, x2 integer in [0, 2]:
+// x0 = 0, x2 = 1 (-1).  Preprocessing fixed x0 at 1 (3).
+TEST_F(MipRegression, RangedRowOverTwoIntegers) {
+  dense_model m{"R", {4}, {1}, {5, -1}, {0, 0}, {1, 2}, {{-2, 3}}};
+  ASSERT_EQ(load_global(p, m, "BI", {0, 1}), 0);
+  auto x = optimum(1, -1.0);
+  EXPECT_EQ(x[0], 0.0);
+  EXPECT_EQ(x[1], 1.0);
+}
+
+// The same range as two rows of opposite sense over the same terms.
+TEST_F(MipRegression, OpposedParallelRowsOverTwoIntegers) {
+  dense_model m{"LG", {4, 3}, {}, {5, -1}, {0, 0}, {1, 2}, {{-2, 3}, {-2, 3}}};
+  ASSERT_EQ(load_global(p, m, "BI", {0, 1}), 0);
+  auto x = optimum(1, -1.0);
+  EXPECT_EQ(x[0], 0.0);
+  EXPECT_EQ(x[1], 1.0);
+}
+
+// max 5x0, x0 - x1 <= 9, x0 continuous in [0, 2.5], x1 binary: x0 = 2.5
+// (12.5).  Preprocessing made x0 integer and lost the half (10).
+TEST_F(MipRegression, ContinuousColumnWithFractionalBound) {
+  dense_model m{"L", {9}, {}, {5, 0}, {0, 0}, {2.5, 1}, {{1, -1}}};
+  ASSERT_EQ(load_global(p, m, "B", {1}), 0);
+  auto x = optimum(-1, 12.5);
+  EXPECT_NEAR(x[0], 2.5, 1e-9);
+}
+
+// max 2x1 + 5x3, 5 <= -x0 + 0.5x1 + x2 + 5x3 <= 8, x0 in [0, 3], x1 in
+// [0, 4], x2 binary, x3 >= 0: x0 = 3, x1 = 4, x2 = 0, x3 = 1.8 (17).
+// Preprocessing called the model infeasible.
+TEST_F(MipRegression, RangedRowWithUnboundedContinuousColumn) {
+  dense_model m{"R", {8}, {3}, {0, 2, 0, 5}, {0, 0, 0, 0}, {3, 4, 1, KVSL_INFINITY},
+                {{-1, 0.5, 1, 5}}};
+  ASSERT_EQ(load_global(p, m, "B", {2}), 0);
+  auto x = optimum(-1, 17.0);
+  EXPECT_EQ(x[2], 0.0);
+  EXPECT_NEAR(x[3], 1.8, 1e-9);
+}
+
+// Free rows are not constraints; handed to preprocessing with infinite
+// bounds, they made it cut off the optimum of this model (-56; -52 with
+// them).  Found by the randomized test (integer model 506).
+TEST_F(MipRegression, FreeRowsAmongIntegerRows) {
+  dense_model m{"NGGNG", {10, -4, -4, -4, 0}, {},
+                {0, -2, -6, 5, -4, -1, -2, -5}, {0, 1, -3, 0, 0, 0, 0, 0},
+                {10, 2, 4, 1, 1, 3, 3, 3},
+                {{0, 0, -4, 1, -4, 5, 2, 0},
+                 {0, 3, 0.5, -2, 0, 1, 0, 0.5},
+                 {1, 0, 2, -1, -4, -2, -1, 2},
+                 {1, 0, 0, 5, 0, 1, 0, -4},
+                 {0, 1, 0, 0, -2, -1, 1, 0}}};
+  ASSERT_EQ(load_global(p, m, "IIBIII", {1, 3, 4, 5, 6, 7}), 0);
+  optimum(1, -56.0);
+}
+
+// min 5x0 - y1 - y2, 3 <= -2x0 + 3y1 + 3y2 <= 4, all binary: x0 = 0 and
+// one y at 1 (-1).  Preprocessing fixed x0 at 1 (3).
+TEST_F(MipRegression, RangedRowOverBinaries) {
+  dense_model m{"R", {4}, {1}, {5, -1, -1}, {0, 0, 0}, {1, 1, 1}, {{-2, 3, 3}}};
+  ASSERT_EQ(load_global(p, m, "BBB", {0, 1, 2}), 0);
+  auto x = optimum(1, -1.0);
+  EXPECT_EQ(x[0], 0.0);
+}
+
+// min x0 + 4x1, 2x0 + 5x1 + x2 + 5x3 >= 7, x2 + 5x3 <= 1, x0, x2, x3
+// binary, x1 integer in [1, 2]: x0 = 1, x1 = 1 (5).  Preprocessing cut it
+// off (8).
+TEST_F(MipRegression, GeneralIntegerWithBoundedSubRow) {
+  dense_model m{"GL", {7, 1}, {}, {1, 4, 0, 0}, {0, 1, 0, 0}, {1, 2, 1, 1},
+                {{2, 5, 1, 5}, {0, 0, 1, 5}}};
+  ASSERT_EQ(load_global(p, m, "BIBB", {0, 1, 2, 3}), 0);
+  auto x = optimum(1, 5.0);
+  EXPECT_EQ(x[0], 1.0);
+  EXPECT_EQ(x[1], 1.0);
+}
+
+// max 4x0 + 6x1 - 4x2, 2x0 + 3x1 + x2 >= 9, -2x0 + x1 - x2 <= 3, x0
+// binary, x1 continuous in [0, 4], x2 integer in [0, 2]: x0 = 1, x1 = 4,
+// x2 = 0 (28).  Preprocessing lost it (20).
+TEST_F(MipRegression, GeneralIntegerBesideBinaryAndContinuous) {
+  dense_model m{"GL", {9, 3}, {}, {4, 6, -4}, {0, 0, 0}, {1, 4, 2}, {{2, 3, 1}, {-2, 1, -1}}};
+  ASSERT_EQ(load_global(p, m, "BI", {0, 2}), 0);
+  auto x = optimum(-1, 28.0);
+  EXPECT_EQ(x[0], 1.0);
+  EXPECT_EQ(x[2], 0.0);
+}
+
+// max 6x0, -2x0 + 3x1 = 1, x0 continuous in [0, 4], x1 integer in [0, 3]:
+// x0 = 4, x1 = 3 (24).  Preprocessing answered x0 = 5, beyond its bound.
+TEST_F(MipRegression, EqualityOverContinuousAndGeneralInteger) {
+  dense_model m{"E", {1}, {}, {6, 0}, {0, 0}, {4, 3}, {{-2, 3}}};
+  ASSERT_EQ(load_global(p, m, "I", {1}), 0);
+  auto x = optimum(-1, 24.0);
+  EXPECT_NEAR(x[0], 4.0, 1e-9);
+  EXPECT_EQ(x[1], 3.0);
+}
+
+// max 5x2 + 5x3, -4x0 + x2 + 2x3 - 4x1 = 2, x0 integer in [1, 2], x1
+// binary, x2 in [-3, 10], x3 >= 1 without upper bound: x0 = 2, x1 = 1,
+// x2 = 10, x3 = 2 (60).  Preprocessing called it infeasible.
+TEST_F(MipRegression, ObjectiveTowardsAnInfiniteBound) {
+  dense_model m{"E", {2}, {}, {0, 0, 5, 5}, {1, 0, -3, 1}, {2, 1, 10, KVSL_INFINITY},
+                {{-4, -4, 1, 2}}};
+  ASSERT_EQ(load_global(p, m, "IB", {0, 1}), 0);
+  optimum(-1, 60.0);
+}
+
+// min -4x0 - 4x1, 0.5x0 - 4x1 + x2 >= -2, -4x1 + x2 <= 9, x0 binary, x1
+// in [-3, 4], x2 >= 0: x0 = 1, x1 = 4 (-20).  Preprocessing called it
+// infeasible, with an upper bound on x2 as well.  Found by the randomized
+// test (integer model 10021379).
+TEST_F(MipRegression, ContinuousColumnWithoutUpperBound) {
+  dense_model m{"GL", {-2, 9}, {}, {-4, -4, 0}, {0, -3, 0}, {1, 4, KVSL_INFINITY},
+                {{0.5, -4, 1}, {0, -4, 1}}};
+  ASSERT_EQ(load_global(p, m, "B", {0}), 0);
+  auto x = optimum(1, -20.0);
+  EXPECT_EQ(x[0], 1.0);
+  EXPECT_NEAR(x[1], 4.0, 1e-9);
+}
