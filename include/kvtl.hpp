@@ -998,28 +998,6 @@ inline quad_relation operator>=(const quad_expr &a, const quad_expr &b) { return
 inline quad_relation operator==(const quad_expr &a, const quad_expr &b) { return {a - b, ctr_type::eq}; }
 
 /**
- * @brief The sum of the elements of a range.
- * @param r an input range of variables, numbers or expressions (a
- *        std::vector<variable>, a plain array, a view ...)
- * @return a linear_expr, or a quad_expr for quadratic elements
- */
-template <std::ranges::input_range R>
-auto sum(R &&r) {
-  using V = std::ranges::range_reference_t<R>;
-  if constexpr (std::is_convertible_v<V, linear_expr>) {
-    linear_expr e;
-    for (auto &&x : r) e += linear_expr(x);
-    return e;
-  } else {
-    static_assert(std::is_convertible_v<V, quad_expr>,
-                  "kvtl::sum: the elements must be variables, numbers or expressions");
-    quad_expr e;
-    for (auto &&x : r) e += quad_expr(x);
-    return e;
-  }
-}
-
-/**
  * @brief The sum of a braced list (`sum({x, y, 2 * z})`).
  * @param terms variables, numbers or linear expressions
  * @return their sum
@@ -1047,11 +1025,22 @@ auto sum(R &&r, F &&f) {
     return e;
   } else {
     static_assert(std::is_convertible_v<V, quad_expr>,
-                  "kvtl::sum: the function must give variables, numbers or expressions");
+                  "kvtl::sum: the elements must be (or the function must give) variables, numbers or expressions");
     quad_expr e;
     for (auto &&x : r) e += quad_expr(f(x));
     return e;
   }
+}
+
+/**
+ * @brief The sum of the elements of a range.
+ * @param r an input range of variables, numbers or expressions (a
+ *        std::vector<variable>, a plain array, a view ...)
+ * @return a linear_expr, or a quad_expr for quadratic elements
+ */
+template <std::ranges::input_range R>
+auto sum(R &&r) {
+  return sum(std::forward<R>(r), std::identity{});
 }
 
 /**
