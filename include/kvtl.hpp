@@ -199,15 +199,6 @@ class call_frame {
   call_state *saved_;
 };
 
-// Run one C call, then throw what the library reported.
-template <class F>
-auto checked(const char *fn, F &&f) {
-  call_frame frame;
-  auto result = std::forward<F>(f)();
-  frame.raise(fn, false);
-  return result;
-}
-
 // Run one C call whose result `failed` tells failure, then throw.
 template <class F, class P>
 auto checked(const char *fn, F &&f, P &&failed) {
@@ -215,6 +206,13 @@ auto checked(const char *fn, F &&f, P &&failed) {
   auto result = std::forward<F>(f)();
   frame.raise(fn, std::forward<P>(failed)(result));
   return result;
+}
+
+// Run one C call whose result tells nothing, then throw what the library
+// reported.
+template <class F>
+auto checked(const char *fn, F &&f) {
+  return checked(fn, std::forward<F>(f), [](const auto &) { return false; });
 }
 
 // Result tests of the C conventions.
