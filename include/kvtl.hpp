@@ -715,7 +715,10 @@ class linear_expr {
   /// @return this expression
   linear_expr &operator+=(const linear_expr &e) {
     constant_ += e.constant_;
-    terms_.insert(terms_.end(), e.terms_.begin(), e.terms_.end());
+    // By index after reserving: e may be this expression.
+    const std::size_t n = e.terms_.size();
+    terms_.reserve(terms_.size() + n);
+    for (std::size_t i = 0; i < n; ++i) terms_.push_back(e.terms_[i]);
     return *this;
   }
   /// @brief Subtract an expression.
@@ -723,8 +726,9 @@ class linear_expr {
   /// @return this expression
   linear_expr &operator-=(const linear_expr &e) {
     constant_ -= e.constant_;
-    terms_.reserve(terms_.size() + e.terms_.size());
-    for (const linear_term &t : e.terms_) terms_.push_back({t.var, -t.coef});
+    const std::size_t n = e.terms_.size();
+    terms_.reserve(terms_.size() + n);
+    for (std::size_t i = 0; i < n; ++i) terms_.push_back({e.terms_[i].var, -e.terms_[i].coef});
     return *this;
   }
   /// @brief Multiply by a number.
@@ -784,7 +788,10 @@ class quad_expr {
   /// @return this expression
   quad_expr &operator+=(const quad_expr &e) {
     linear_ += e.linear_;
-    quad_.insert(quad_.end(), e.quad_.begin(), e.quad_.end());
+    // By index after reserving: e may be this expression.
+    const std::size_t n = e.quad_.size();
+    quad_.reserve(quad_.size() + n);
+    for (std::size_t i = 0; i < n; ++i) quad_.push_back(e.quad_[i]);
     return *this;
   }
   /// @brief Add a linear expression.
@@ -799,7 +806,9 @@ class quad_expr {
   /// @return this expression
   quad_expr &operator-=(const quad_expr &e) {
     linear_ -= e.linear_;
-    for (const quad_term &t : e.quad_) quad_.push_back({t.var1, t.var2, -t.coef});
+    const std::size_t n = e.quad_.size();
+    quad_.reserve(quad_.size() + n);
+    for (std::size_t i = 0; i < n; ++i) quad_.push_back({e.quad_[i].var1, e.quad_[i].var2, -e.quad_[i].coef});
     return *this;
   }
   /// @brief Subtract a linear expression.
