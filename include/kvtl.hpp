@@ -199,15 +199,6 @@ class call_frame {
   call_state *saved_;
 };
 
-// Run one C call, then throw what the library reported.
-template <class F>
-auto checked(const char *fn, F &&f) {
-  call_frame frame;
-  auto result = std::forward<F>(f)();
-  frame.raise(fn, false);
-  return result;
-}
-
 // Run one C call whose result `failed` tells failure, then throw.
 template <class F, class P>
 auto checked(const char *fn, F &&f, P &&failed) {
@@ -215,6 +206,13 @@ auto checked(const char *fn, F &&f, P &&failed) {
   auto result = std::forward<F>(f)();
   frame.raise(fn, std::forward<P>(failed)(result));
   return result;
+}
+
+// Run one C call whose result tells nothing, then throw what the library
+// reported.
+template <class F>
+auto checked(const char *fn, F &&f) {
+  return checked(fn, std::forward<F>(f), [](const auto &) { return false; });
 }
 
 // Result tests of the C conventions.
@@ -717,7 +715,10 @@ class linear_expr {
   /// @return this expression
   linear_expr &operator+=(const linear_expr &e) {
     constant_ += e.constant_;
-    terms_.insert(terms_.end(), e.terms_.begin(), e.terms_.end());
+    // By index after reserving: e may be this expression.
+    const std::size_t n = e.terms_.size();
+    terms_.reserve(terms_.size() + n);
+    for (std::size_t i = 0; i < n; ++i) terms_.push_back(e.terms_[i]);
     return *this;
   }
   /// @brief Subtract an expression.
@@ -725,8 +726,9 @@ class linear_expr {
   /// @return this expression
   linear_expr &operator-=(const linear_expr &e) {
     constant_ -= e.constant_;
-    terms_.reserve(terms_.size() + e.terms_.size());
-    for (const linear_term &t : e.terms_) terms_.push_back({t.var, -t.coef});
+    const std::size_t n = e.terms_.size();
+    terms_.reserve(terms_.size() + n);
+    for (std::size_t i = 0; i < n; ++i) terms_.push_back({e.terms_[i].var, -e.terms_[i].coef});
     return *this;
   }
   /// @brief Multiply by a number.
@@ -786,7 +788,10 @@ class quad_expr {
   /// @return this expression
   quad_expr &operator+=(const quad_expr &e) {
     linear_ += e.linear_;
-    quad_.insert(quad_.end(), e.quad_.begin(), e.quad_.end());
+    // By index after reserving: e may be this expression.
+    const std::size_t n = e.quad_.size();
+    quad_.reserve(quad_.size() + n);
+    for (std::size_t i = 0; i < n; ++i) quad_.push_back(e.quad_[i]);
     return *this;
   }
   /// @brief Add a linear expression.
@@ -801,7 +806,9 @@ class quad_expr {
   /// @return this expression
   quad_expr &operator-=(const quad_expr &e) {
     linear_ -= e.linear_;
-    for (const quad_term &t : e.quad_) quad_.push_back({t.var1, t.var2, -t.coef});
+    const std::size_t n = e.quad_.size();
+    quad_.reserve(quad_.size() + n);
+    for (std::size_t i = 0; i < n; ++i) quad_.push_back({e.quad_[i].var1, e.quad_[i].var2, -e.quad_[i].coef});
     return *this;
   }
   /// @brief Subtract a linear expression.
@@ -998,28 +1005,6 @@ inline quad_relation operator>=(const quad_expr &a, const quad_expr &b) { return
 inline quad_relation operator==(const quad_expr &a, const quad_expr &b) { return {a - b, ctr_type::eq}; }
 
 /**
- * @brief The sum of the elements of a range.
- * @param r an input range of variables, numbers or expressions (a
- *        std::vector<variable>, a plain array, a view ...)
- * @return a linear_expr, or a quad_expr for quadratic elements
- */
-template <std::ranges::input_range R>
-auto sum(R &&r) {
-  using V = std::ranges::range_reference_t<R>;
-  if constexpr (std::is_convertible_v<V, linear_expr>) {
-    linear_expr e;
-    for (auto &&x : r) e += linear_expr(x);
-    return e;
-  } else {
-    static_assert(std::is_convertible_v<V, quad_expr>,
-                  "kvtl::sum: the elements must be variables, numbers or expressions");
-    quad_expr e;
-    for (auto &&x : r) e += quad_expr(x);
-    return e;
-  }
-}
-
-/**
  * @brief The sum of a braced list (`sum({x, y, 2 * z})`).
  * @param terms variables, numbers or linear expressions
  * @return their sum
@@ -1047,11 +1032,22 @@ auto sum(R &&r, F &&f) {
     return e;
   } else {
     static_assert(std::is_convertible_v<V, quad_expr>,
-                  "kvtl::sum: the function must give variables, numbers or expressions");
+                  "kvtl::sum: the elements must be (or the function must give) variables, numbers or expressions");
     quad_expr e;
     for (auto &&x : r) e += quad_expr(f(x));
     return e;
   }
+}
+
+/**
+ * @brief The sum of the elements of a range.
+ * @param r an input range of variables, numbers or expressions (a
+ *        std::vector<variable>, a plain array, a view ...)
+ * @return a linear_expr, or a quad_expr for quadratic elements
+ */
+template <std::ranges::input_range R>
+auto sum(R &&r) {
+  return sum(std::forward<R>(r), std::identity{});
 }
 
 /**

@@ -369,4 +369,36 @@ TEST(CppExpressions, OperatorsBuildTheExpectedTerms) {
   EXPECT_TRUE(x);
 }
 
+// An expression added to or taken from itself: every term once more.
+TEST(CppExpressions, CompoundAssignmentWithItself) {
+  problem p = quiet();
+  variable x = p.add_variable("x"), y = p.add_variable("y");
+  kvtl::linear_expr e = 2 * x + 3 * y + 1;
+  e += e;
+  ASSERT_EQ(e.terms().size(), 4u);
+  EXPECT_EQ(e.constant(), 2);
+  EXPECT_TRUE(e.terms()[2].var == x);
+  EXPECT_EQ(e.terms()[2].coef, 2);
+  EXPECT_TRUE(e.terms()[3].var == y);
+  EXPECT_EQ(e.terms()[3].coef, 3);
+  e -= e;
+  ASSERT_EQ(e.terms().size(), 8u);
+  EXPECT_EQ(e.constant(), 0);
+  EXPECT_EQ(e.terms()[4].coef, -2);
+  EXPECT_EQ(e.terms()[7].coef, -3);
+  kvtl::quad_expr q = x * y + 2 * (y * y) + x;
+  q += q;
+  ASSERT_EQ(q.quad_terms().size(), 4u);
+  ASSERT_EQ(q.linear().terms().size(), 2u);
+  EXPECT_TRUE(q.quad_terms()[3].var1 == y);
+  EXPECT_EQ(q.quad_terms()[3].coef, 2);
+  q -= q;
+  ASSERT_EQ(q.quad_terms().size(), 8u);
+  ASSERT_EQ(q.linear().terms().size(), 4u);
+  EXPECT_TRUE(q.quad_terms()[7].var2 == y);
+  EXPECT_EQ(q.quad_terms()[6].coef, -1);
+  EXPECT_EQ(q.quad_terms()[7].coef, -2);
+  EXPECT_EQ(q.linear().terms()[3].coef, -1);
+}
+
 }  // namespace
