@@ -4,7 +4,6 @@
  * `kvtl --help` lists the options and the exit codes.
  */
 #include <stdio.h>
-#include <string.h>
 
 #include <chrono>
 #include <cmath>
