@@ -7,15 +7,8 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 
 namespace {
-
-// Does `s` end in `tail`?
-bool ends_with(const std::string &s, const char *tail) {
-  size_t n = strlen(tail);
-  return s.size() >= n && s.compare(s.size() - n, n, tail) == 0;
-}
 
 // A number that is all of `text`, finite and at least `low`.
 bool parse_number(const char *text, double low, double *out) {
@@ -116,13 +109,13 @@ bool parse_cli(int argc, char **argv, cli_options *opt, std::string *error) {
       if (!parse_number(value.c_str(), 0.0, &opt->progress_every)) return bad_value("seconds >= 0");
     } else if (a == "--write-model") {
       if (!take_value("a file name")) return false;
-      if (!ends_with(value, ".lp") && !ends_with(value, ".mps"))
+      if (!value.ends_with(".lp") && !value.ends_with(".mps"))
         return bad_value("a name ending in .lp or .mps");
       opt->write_model = value;
     } else if (a == "--solution") {
       if (!take_value("a file name")) return false;
-      if (!ends_with(value, ".txt") && !ends_with(value, ".prt") && !ends_with(value, ".slx") &&
-          !ends_with(value, ".sol"))
+      if (!value.ends_with(".txt") && !value.ends_with(".prt") && !value.ends_with(".slx") &&
+          !value.ends_with(".sol"))
         return bad_value("a name ending in .txt, .prt, .slx or .sol");
       opt->solution = value;
     } else if (a.size() > 1 && a[0] == '-') {

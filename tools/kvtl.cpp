@@ -4,7 +4,6 @@
  * `kvtl --help` lists the options and the exit codes.
  */
 #include <stdio.h>
-#include <string.h>
 
 #include <chrono>
 #include <cmath>
@@ -25,12 +24,6 @@ const char *const program = "kvtl";
 // Wall-clock seconds since t0.
 double seconds_since(std::chrono::steady_clock::time_point t0) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-}
-
-// Does `s` end in `tail`?
-bool ends_with(const std::string &s, const char *tail) {
-  size_t n = strlen(tail);
-  return s.size() >= n && s.compare(s.size() - n, n, tail) == 0;
 }
 
 // Engine controls from the options; false (with the control named on
@@ -69,7 +62,7 @@ bool apply_controls(MDLprob prob, const cli_options &opt) {
 
 // Write the model as stated, LP or MPS by the file's extension.
 bool write_model(MDLprob prob, const std::string &file) {
-  int format = ends_with(file, ".mps") ? MDL_FILE_MPS : MDL_FILE_LP;
+  int format = file.ends_with(".mps") ? MDL_FILE_MPS : MDL_FILE_LP;
   if (mdlexportprob_prob(prob, format, file.c_str()) != 0) {
     fprintf(stderr, "%s: cannot write the model to %s\n", program, file.c_str());
     return false;
@@ -80,11 +73,11 @@ bool write_model(MDLprob prob, const std::string &file) {
 // Write the solution in the engine format the extension names.
 bool write_solution(MDLprob prob, const std::string &file) {
   int rc;
-  if (ends_with(file, ".txt"))
+  if (file.ends_with(".txt"))
     rc = mdlwritesol_prob(prob, file.c_str(), nullptr);
-  else if (ends_with(file, ".prt"))
+  else if (file.ends_with(".prt"))
     rc = mdlwriteprtsol_prob(prob, file.c_str(), nullptr);
-  else if (ends_with(file, ".slx"))
+  else if (file.ends_with(".slx"))
     rc = mdlwriteslxsol_prob(prob, file.c_str(), nullptr);
   else
     rc = mdlwritebinsol_prob(prob, file.c_str(), nullptr);

@@ -446,11 +446,6 @@ bool build_from_lp(MDLprob prob, const char *file, mps_model_info *info, std::st
          finish_objective(prob, v, objective, true, info, error);
 }
 
-// Does `s` end in `tail`?
-bool ends_with(const std::string &s, const std::string &tail) {
-  return s.size() >= tail.size() && s.compare(s.size() - tail.size(), tail.size(), tail) == 0;
-}
-
 }  // namespace
 
 bool build_from_mps(MDLprob prob, const char *file, bool with_constant, mps_model_info *info,
@@ -466,7 +461,7 @@ bool build_from_qps(MDLprob prob, const char *file, bool with_constant, mps_mode
 bool is_lp_file_name(const std::string &file) {
   std::string lower = file;
   for (char &ch : lower) ch = static_cast<char>(tolower(static_cast<unsigned char>(ch)));
-  return ends_with(lower, ".lp") || ends_with(lower, ".lp.gz");
+  return lower.ends_with(".lp") || lower.ends_with(".lp.gz");
 }
 
 bool build_from_file(MDLprob prob, const char *file, mps_model_info *info, std::string *error) {

@@ -70,8 +70,9 @@ pool_header &pool_of(MDLprob prob, bool &lock) {
 }
 
 // A chunk bumped from the current block when no free-list chunk of its
-// size is waiting and the block has room (the steps of pool_alloc for that
-// case, alignment included); null otherwise, with nothing changed.
+// size is waiting and the block has room (alignment included); null
+// otherwise, with nothing changed.  The first step of pool_alloc, and the
+// whole of mdlallocmem's path without the lock.
 inline void *bump_only(pool_header &pool, size_t size) {
   if (pool.first == nullptr) return nullptr;
   const size_t k = freelist_index(size);
@@ -91,6 +92,7 @@ pool_header &global_pool() { return global_pool_header; }
 
 void *pool_alloc(pool_header &pool, MDLprob prob, size_t size, bool lock) {
   pool_lock guard(pool, lock);
+  if (void *bumped = bump_only(pool, size)) return bumped;
   char *chunk;
   if (pool.first == nullptr) {
     size_t bytes = size + block_head_size + freelist_table_size;
@@ -108,24 +110,21 @@ void *pool_alloc(pool_header &pool, MDLprob prob, size_t size, bool lock) {
       chunk = static_cast<char *>(pool.freelists[k]);
       pool.freelists[k] = *reinterpret_cast<void **>(chunk);
     } else {
+      // The current block has no room: a new one after it.  The old block
+      // keeps its cursor aligned as the bump would have left it.
       pool_block *b = pool.current;
       if (size % 8 == 0 && reinterpret_cast<uintptr_t>(b->cursor) % 8 != 0) b->cursor += 4;
-      if (b->cursor + size < b->end) {
-        chunk = b->cursor;
-        b->cursor += size;
-      } else {
-        size_t bytes = size + block_head_size;
-        if (bytes < min_block_size) bytes = min_block_size;
-        pool_block *nb = new_block(pool, prob, bytes);
-        if (nb == nullptr) return nullptr;
-        nb->prev = b;
-        nb->next = b->next;
-        if (b->next != nullptr) b->next->prev = nb;
-        b->next = nb;
-        pool.current = nb;
-        chunk = nb->cursor;
-        nb->cursor += size;
-      }
+      size_t bytes = size + block_head_size;
+      if (bytes < min_block_size) bytes = min_block_size;
+      pool_block *nb = new_block(pool, prob, bytes);
+      if (nb == nullptr) return nullptr;
+      nb->prev = b;
+      nb->next = b->next;
+      if (b->next != nullptr) b->next->prev = nb;
+      b->next = nb;
+      pool.current = nb;
+      chunk = nb->cursor;
+      nb->cursor += size;
     }
   }
   pool.live++;
