@@ -65,12 +65,15 @@ class subsystem_lp {
   }
 
   // Is the system made of exactly these members (sorted) feasible?  The
-  // dual simplex warm-starts from the last basis; a verdict other than
-  // optimal is settled by the engine's one check of LP verdicts (the dual
-  // simplex can call a system with free columns infeasible when it is not).
+  // dual simplex warm-starts from the last basis.  An optimum, even a false
+  // one of an unbounded system, is a feasible point: it needs no
+  // confirming.  Any other verdict is settled by the engine's one check of
+  // LP verdicts (the dual simplex can call a system with free columns
+  // infeasible when it is not).
   bool feasible(const std::vector<int> &members) {
     apply(members, m);
     m.dual(0);
+    if (m.status() == 0) return true;
     confirm_verdict(m);
     return m.status() != 1;
   }

@@ -330,7 +330,7 @@ void solve_relaxation(const kvsl_prob *prob, const relaxation_bounds &bounds, co
     app->Options()->SetStringValue("hessian_constant", "yes");
   }
   if (has_deadline(prob))
-    app->Options()->SetNumericValue("max_cpu_time", sub_solve_seconds(prob, seconds_left(prob)));
+    app->Options()->SetNumericValue("max_cpu_time", backend_seconds(prob));
   if (app->Initialize() != Ipopt::Solve_Succeeded) return;
   Ipopt::ApplicationReturnStatus rc = app->OptimizeTNLP(Ipopt::GetRawPtr(nlp));
   out.status = status_of(rc);

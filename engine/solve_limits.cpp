@@ -107,12 +107,14 @@ double sub_solve_seconds(const kvsl_prob *prob, double cap) {
   return std::max(shortest, std::min(cap, seconds_left(prob)));
 }
 
+double backend_seconds(const kvsl_prob *prob) { return std::max(shortest, seconds_left(prob)); }
+
 void watch_deadline(const kvsl_prob *prob, ClpSimplex &m, ClpEventHandler *inner, bool own_limits) {
   // The barrier raises no iteration events: it goes by Clp's own limits.
   // Elsewhere they stay off, also against a copy of a model that carries
   // those of an earlier solve: only the handler, which marks the stop, ends
   // a search's LPs.
-  double left = has_deadline(prob) && own_limits ? std::max(shortest, seconds_left(prob)) : -1.0;
+  double left = has_deadline(prob) && own_limits ? backend_seconds(prob) : -1.0;
   m.setMaximumSeconds(left);
   m.setMaximumWallSeconds(left);
   simplex_watch watch(prob, inner);
@@ -120,7 +122,7 @@ void watch_deadline(const kvsl_prob *prob, ClpSimplex &m, ClpEventHandler *inner
 }
 
 void limit_preprocessing(const kvsl_prob *prob, CglPreProcess &process) {
-  if (has_deadline(prob)) process.setTimeLimit(std::max(shortest, seconds_left(prob)), true);
+  if (has_deadline(prob)) process.setTimeLimit(backend_seconds(prob), true);
 }
 
 void apply_search_limits(const kvsl_prob *prob, CbcModel &model) {
@@ -128,7 +130,7 @@ void apply_search_limits(const kvsl_prob *prob, CbcModel &model) {
   // Attempts of one solve share the node limit.
   model.setMaximumNodes(maxnode > 0 ? std::max(0, maxnode - prob->nodes) : INT_MAX);
   model.setUseElapsedTime(true);
-  model.setMaximumSeconds(has_deadline(prob) ? std::max(shortest, seconds_left(prob)) : 1e100);
+  model.setMaximumSeconds(has_deadline(prob) ? backend_seconds(prob) : 1e100);
   model.setAllowableGap(std::max(0.0, dblcontrol(prob, KVSL_CTRL_MIPABSGAP)));
   model.setAllowableFractionGap(std::max(0.0, dblcontrol(prob, KVSL_CTRL_MIPRELGAP)));
   int threads = intcontrol(prob, KVSL_CTRL_THREADS);

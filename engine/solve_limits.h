@@ -44,6 +44,10 @@ bool stopped_by_limit(const kvsl_prob *prob);
 // most cap seconds and must end by the deadline; always > 0, so that the
 // sub-solve gets a limit even when the deadline has passed.
 double sub_solve_seconds(const kvsl_prob *prob, double cap);
+// The time limit handed to a backend for the rest of the running solve:
+// the seconds left, never less than the shortest limit a backend takes as
+// one (some read 0 as "none").  Only meaningful with a deadline.
+double backend_seconds(const kvsl_prob *prob);
 
 // Make a simplex stop at the deadline: Clp's own CPU and wall-clock limits
 // (when `own_limits`, else none) and an event handler checked at every
