@@ -25,6 +25,7 @@
 #include <OsiClpSolverInterface.hpp>
 
 #include "callbacks.h"
+#include "cutoff_step.h"
 #include "log.h"
 #include "mipstart.h"
 #include "search.h"
@@ -182,6 +183,20 @@ bool solve_root(kvsl_prob *prob, OsiClpSolverInterface &solver) {
   return true;
 }
 
+// Remove the free rows of the search's working copy.  They constrain
+// nothing, but Cbc's cut generators read them as rows all the same: mixed
+// integer rounding (tried, not in use) took a free row for one bounded at
+// zero and cut off optima of the randomized integer model 808 and
+// indicator model 501143.  No result of the search refers to the working
+// copy's rows.
+void drop_free_rows(OsiSolverInterface &solver) {
+  const double inf = solver.getInfinity();
+  std::vector<int> free_rows;
+  for (int i = 0; i < solver.getNumRows(); ++i)
+    if (solver.getRowLower()[i] <= -inf && solver.getRowUpper()[i] >= inf) free_rows.push_back(i);
+  if (!free_rows.empty()) solver.deleteRows(static_cast<int>(free_rows.size()), free_rows.data());
+}
+
 // How a search attempt ended.
 enum class outcome { done, retry };
 
@@ -222,6 +237,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   std::vector<int> held = a.hold_rows ? pool_rows(prob) : std::vector<int>{};
   if (!held.empty()) solver.deleteRows(static_cast<int>(held.size()), held.data());
   add_pool_rows(prob, solver);
+  drop_free_rows(solver);
   if (!solve_root(prob, solver))
     return !held.empty() && prob->mipstatus == KVSL_MIP_UNBOUNDED ? outcome::retry : outcome::done;
 
@@ -276,6 +292,11 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   // every other event on to them, and the candidate callback sees the start.
   std::shared_ptr<void> start =
       offer_mip_start(prob, model, presolve ? process.originalColumns() : nullptr);
+  // The engine's objects branch to fractional bounds (a semi-continuous
+  // column's limit), which Cbc's objective step does not allow for.  The
+  // hold acts on the model from the event handler, which threads would
+  // share: a threaded search keeps Cbc's step.
+  if (objects && model.getNumberThreads() <= 1) hold_cutoff_increment(model);
   model.branchAndBound();
   prob->nodes += model.getNodeCount();
   prob->iterations += model.getIterationCount();
