@@ -7,19 +7,9 @@
 #include <chrono>
 #include <cmath>
 
-#include <CbcHeuristic.hpp>
-#include <CbcHeuristicFPump.hpp>
-#include <CbcHeuristicLocal.hpp>
-#include <CbcHeuristicRINS.hpp>
 #include <CbcModel.hpp>
 #include <CbcCutGenerator.hpp>
-#include <CglClique.hpp>
-#include <CglFlowCover.hpp>
-#include <CglGomory.hpp>
-#include <CglKnapsackCover.hpp>
 #include <CglPreProcess.hpp>
-#include <CglProbing.hpp>
-#include <CglTwomir.hpp>
 #include <ClpSimplex.hpp>
 #include <CoinError.hpp>
 #include <OsiClpSolverInterface.hpp>
@@ -28,68 +18,13 @@
 #include "cutoff_step.h"
 #include "log.h"
 #include "mipstart.h"
+#include "rootcuts.h"
 #include "search.h"
 #include "solve_limits.h"
 
 namespace kvsl {
 
 namespace {
-
-// The cut generators of the search (owned here, copied into the model).
-struct cut_generators {
-  CglProbing probing;
-  CglGomory gomory;
-  CglKnapsackCover knapsack;
-  CglClique clique;
-  CglFlowCover flow;
-  CglTwomir twomir;
-
-  cut_generators() {
-    probing.setUsingObjective(1);
-    probing.setMaxPass(1);
-    probing.setMaxPassRoot(5);
-    probing.setMaxProbe(10);
-    probing.setMaxProbeRoot(1000);
-    probing.setMaxLook(50);
-    probing.setMaxLookRoot(500);
-    probing.setMaxElements(200);
-    probing.setRowCuts(3);
-    gomory.setLimit(300);
-    clique.setStarCliqueReport(false);
-    clique.setRowCliqueReport(false);
-  }
-
-  // Probing fixes and tightens column bounds from implications it derives
-  // as if every column were integer or continuous, which cuts into the
-  // non-zero range of a semi-continuous column: with objects of the
-  // engine's own it stays out.  So do flow covers: on models with
-  // semi-continuous and partial integer columns, sets, indicator rows and
-  // model cuts the randomized tests found them cutting off the optimum
-  // (feasible models reported infeasible).  Mixed integer rounding is not
-  // used at all: the randomized tests found it cutting off optimal
-  // solutions, of plain integer models with free continuous columns as
-  // well.
-  void add_to(CbcModel &model, bool objects) {
-    if (!objects) model.addCutGenerator(&probing, -1, "Probing");
-    model.addCutGenerator(&gomory, -1, "Gomory");
-    model.addCutGenerator(&knapsack, -1, "Knapsack");
-    model.addCutGenerator(&clique, -1, "Clique");
-    if (!objects) model.addCutGenerator(&flow, -1, "FlowCover");
-    model.addCutGenerator(&twomir, -1, "TwoMirCuts");
-  }
-};
-
-// Add the primal heuristics (the model copies them).
-void add_heuristics(CbcModel &model) {
-  CbcRounding rounding(model);
-  model.addHeuristic(&rounding);
-  CbcHeuristicFPump pump(model);
-  model.addHeuristic(&pump);
-  CbcHeuristicLocal local(model);
-  model.addHeuristic(&local);
-  CbcHeuristicRINS rins(model);
-  model.addHeuristic(&rins);
-}
 
 // Cbc's log level for the search.  Cbc's sub-searches (in heuristics) log
 // through handlers of their own at one level less, so the search itself
@@ -260,7 +195,8 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   // The node LPs stay silent; the search reports on them.
   model.solver()->passInMessageHandler(&quiet);
   cut_generators cuts;
-  if (intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) != 0) cuts.add_to(model, objects);
+  const bool tuned = intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) == 2;
+  if (intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) != 0) cuts.add_to(model, objects, tuned);
   row_pool pool(prob, held);
   if (!held.empty()) {
     model.addCutGenerator(&pool, 1, "Held-out rows", true, true);
@@ -271,7 +207,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   // but its objective value has by then become the cutoff and pruned nodes
   // that hold the true optimum.  They run only for plain integer models.
   if (a.heuristics && !objects && intcontrol(prob, KVSL_CTRL_HEURSTRATEGY) != 0)
-    add_heuristics(model);
+    add_heuristics(model, tuned);
   apply_controls(prob, model);
   model.findIntegers(false);
   apply_integer_directives(prob, model, presolve ? process.originalColumns() : nullptr);
