@@ -195,8 +195,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   // The node LPs stay silent; the search reports on them.
   model.solver()->passInMessageHandler(&quiet);
   cut_generators cuts;
-  const bool tuned = intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) == 2;
-  if (intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) != 0) cuts.add_to(model, objects, tuned);
+  if (intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) != 0) cuts.add_to(model, objects);
   row_pool pool(prob, held);
   if (!held.empty()) {
     model.addCutGenerator(&pool, 1, "Held-out rows", true, true);
@@ -207,7 +206,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   // but its objective value has by then become the cutoff and pruned nodes
   // that hold the true optimum.  They run only for plain integer models.
   if (a.heuristics && !objects && intcontrol(prob, KVSL_CTRL_HEURSTRATEGY) != 0)
-    add_heuristics(model, tuned);
+    add_heuristics(model);
   apply_controls(prob, model);
   model.findIntegers(false);
   apply_integer_directives(prob, model, presolve ? process.originalColumns() : nullptr);

@@ -45,23 +45,13 @@ struct cut_generators {
 
   cut_generators();
   // Add the generators to the model; objects: the search holds objects of
-  // the engine's own (column entities, sets, indicator rows, held rows);
-  // tuned: with mixed integer rounding.
-  void add_to(CbcModel &model, bool objects, bool tuned);
+  // the engine's own (column entities, sets, indicator rows, held rows).
+  void add_to(CbcModel &model, bool objects);
 };
 
 // Add the primal heuristics of a plain integer search (the model copies
-// them); the model's solver holds the solved root relaxation.  Tuned: the
-// feasibility pump as Cbc's driver sets it.
-//
-// The tuned set-up (cut strategy 2) is not the default: started from its
-// optimal solution, p0201 took 70 nodes under it against 46 without the
-// start, where a start must never cost nodes (the start's guard refuses
-// the pump's worse solutions at the root, which then lacks their cutoff;
-// handing the start in at the root instead still took 48).  The tuned pump
-// without rounding is no option either: bell5 went from 25 000 nodes to
-// 486 000.
-void add_heuristics(CbcModel &model, bool tuned);
+// them); the model's solver holds the solved root relaxation.
+void add_heuristics(CbcModel &model);
 
 }  // namespace kvsl
 

@@ -568,13 +568,7 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  *                               Cbc's threaded tree search; with search
  *                               callbacks, and in the search of quadratic
  *                               models, the search keeps to one thread
- *   8080 KVSL_CTRL_CUTSTRATEGY  cut generation: 0 none, 1 (default) on, 2 as 1
- *                               and, for models of integer columns only (no
- *                               sets, indicator rows, semi-continuous or
- *                               partial integer columns, model cuts or delayed
- *                               rows), mixed integer rounding and the
- *                               feasibility pump tuned as Cbc's command line
- *                               tunes it
+ *   8080 KVSL_CTRL_CUTSTRATEGY  cut generation: 0 none, 1 (default) on
  *   8081 KVSL_CTRL_HEURSTRATEGY primal heuristics: 0 none, 1 (default) on
  * Double controls (KVSLsetdblcontrol / KVSLgetdblcontrol):
  *   7001 KVSL_CTRL_FEASTOL      primal feasibility tolerance (default 1e-7)
@@ -604,7 +598,7 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
 #define KVSL_CTRL_BARRIERLOG 8047 /**< 8047: barrier iteration log: 1 / 0 (default 0) */
 #define KVSL_CTRL_DUALREDUCTIONS 8078 /**< 8078: reductions that may cut off optimal solutions (dual fixing in presolve): 1 (default) / 0 */
 #define KVSL_CTRL_THREADS 8079 /**< 8079: threads of the global search (default 1) */
-#define KVSL_CTRL_CUTSTRATEGY 8080 /**< 8080: cut generation: 0 none, 1 (default) on, 2 tuned */
+#define KVSL_CTRL_CUTSTRATEGY 8080 /**< 8080: cut generation: 0 none, 1 (default) on */
 #define KVSL_CTRL_HEURSTRATEGY 8081 /**< 8081: primal heuristics: 0 none, 1 (default) on */
 #define KVSL_CTRL_FEASTOL 7001 /**< 7001: primal feasibility tolerance (default 1e-7) */
 #define KVSL_CTRL_OPTIMALITYTOL 7002 /**< 7002: dual feasibility tolerance (default 1e-7) */

@@ -23,7 +23,6 @@ class MipOracle : public EngineTest {
     if (int rc = load(p, m); rc != 0) return "load failed: " + std::to_string(rc);
     KVSLsetdblcontrol(p, KVSL_CTRL_MIPRELGAP, 0.0);
     KVSLsetdblcontrol(p, KVSL_CTRL_MIPABSGAP, 0.0);
-    KVSLsetintcontrol(p, KVSL_CTRL_CUTSTRATEGY, cut_strategy);
     int rc;
     // KVSLminim and KVSLmaxim search only a model with entities; without
     // them they solve the LP, so such a model goes to KVSLmipoptimize.
@@ -75,8 +74,6 @@ class MipOracle : public EngineTest {
     }
     EXPECT_EQ(failures, 0) << "of " << count << " models";
   }
-
-  int cut_strategy = 1;
 };
 
 // The counts add up to 20 000 models.
@@ -95,6 +92,8 @@ TEST_F(MipOracle, PartialIntegerStaysAboveItsLimitWhenChecked) { EXPECT_EQ(check
 TEST_F(MipOracle, SemiContinuousWithoutRoundingCuts) { EXPECT_EQ(check(101311, k_semicont), ""); }
 TEST_F(MipOracle, SemiContinuousWithoutStrongBranching) { EXPECT_EQ(check(100041, k_semicont), ""); }
 TEST_F(MipOracle, IntegerModelWithoutPreprocessing) { EXPECT_EQ(check(506, k_integer), ""); }
+// Probing's stand-in bounds of +-1e20 on free columns made rounding cut
+// off the optimum.
 TEST_F(MipOracle, IntegerModelWithoutRoundingCuts) { EXPECT_EQ(check(343, k_integer), ""); }
 TEST_F(MipOracle, UnboundedModelCalledInfeasibleByTheSimplex) { EXPECT_EQ(check(101, k_integer), ""); }
 TEST_F(MipOracle, EmptyInfeasibleRowWithoutEntities) { EXPECT_EQ(check(296, k_integer), ""); }
@@ -114,25 +113,8 @@ TEST_F(MipOracle, SosTwoInfeasibleWithUnboundedRelaxation) {
 TEST_F(MipOracle, MixedEntitiesWithoutFlowCovers) { EXPECT_EQ(check(17009501, 0xFF), ""); }
 TEST_F(MipOracle, MixedEntitiesWithoutFlowCoversAgain) { EXPECT_EQ(check(17011982, 0xFF), ""); }
 
-// The tuned cut strategy (mixed integer rounding, the tuned feasibility
-// pump) on integer models, where it applies; the cases it once got wrong.
-TEST_F(MipOracle, IntegerColumnsTunedCuts) {
-  cut_strategy = 2;
-  run(1, 2000, k_integer);
-}
-TEST_F(MipOracle, EverythingMixedTunedCuts) {
-  cut_strategy = 2;
-  run(800001, 1500, 0xFF);
-}
-// Probing's stand-in bounds of +-1e20 on free columns made rounding cut
-// off the optimum.
-TEST_F(MipOracle, TunedCutsBesideFreeColumns) {
-  cut_strategy = 2;
-  EXPECT_EQ(check(343, k_integer), "");
-}
 // Rounding took free rows for rows bounded at zero.
-TEST_F(MipOracle, TunedCutsBesideFreeRows) {
-  cut_strategy = 2;
+TEST_F(MipOracle, RoundingCutsBesideFreeRows) {
   EXPECT_EQ(check(808, k_integer), "");
   EXPECT_EQ(check(501143, k_indicator), "");
 }
@@ -146,8 +128,6 @@ TEST_F(MipOracle, DISABLED_ManyMore) {
     run(first, 25000, k);
     first += 1000000;
   }
-  cut_strategy = 2;
-  run(first, 25000, k_integer);
 }
 
 }  // namespace
