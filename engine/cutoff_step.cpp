@@ -12,10 +12,7 @@
  */
 #include "cutoff_step.h"
 
-#include <memory>
-
-#include <CbcEventHandler.hpp>
-#include <CbcModel.hpp>
+#include "chained_events.h"
 
 namespace kvsl {
 
@@ -23,27 +20,18 @@ namespace {
 
 // Puts the increment back before any event is acted on (solutions are
 // announced by an event before the cutoff moves), then passes the event on.
-class increment_hold : public CbcEventHandler {
+class increment_hold : public chained_events {
  public:
-  increment_hold(CbcModel &model, double step) : CbcEventHandler(&model), step_(step) {
-    if (model.getEventHandler() != nullptr) inner_.reset(model.getEventHandler()->clone());
-  }
-  increment_hold(const increment_hold &o) : CbcEventHandler(o), step_(o.step_) {
-    if (o.inner_) inner_.reset(o.inner_->clone());
-  }
-  increment_hold &operator=(const increment_hold &) = delete;
+  increment_hold(CbcModel &model, double step) : chained_events(model), step_(step) {}
   CbcEventHandler *clone() const override { return new increment_hold(*this); }
 
   CbcAction event(CbcEvent which) override {
     if (model_->getCutoffIncrement() > step_) model_->setCutoffIncrement(step_);
-    if (!inner_) return noAction;
-    inner_->setModel(model_);
-    return inner_->event(which);
+    return pass_on(which);
   }
 
  private:
   double step_;
-  std::unique_ptr<CbcEventHandler> inner_;
 };
 
 }  // namespace

@@ -16,6 +16,7 @@
 #include <CoinPackedMatrix.hpp>
 
 #include "callbacks.h"
+#include "chained_events.h"
 #include "copy.h"
 #include "mipstart.h"
 #include "search.h"
@@ -168,16 +169,10 @@ class start_heuristic : public CbcHeuristic {
 // better than that solution.  The start itself was asked about before the
 // search; every other event goes to the handler that was installed before
 // (the application's callbacks).
-class start_guard : public CbcEventHandler {
+class start_guard : public chained_events {
  public:
   start_guard(CbcModel &model, std::shared_ptr<start_state> st)
-      : CbcEventHandler(&model), st_(std::move(st)) {
-    if (model.getEventHandler() != nullptr) inner_.reset(model.getEventHandler()->clone());
-  }
-  start_guard(const start_guard &o) : CbcEventHandler(o), st_(o.st_) {
-    if (o.inner_) inner_.reset(o.inner_->clone());
-  }
-  start_guard &operator=(const start_guard &) = delete;
+      : chained_events(model), st_(std::move(st)) {}
   CbcEventHandler *clone() const override { return new start_guard(*this); }
 
   CbcAction event(CbcEvent which) override {
@@ -189,14 +184,11 @@ class start_guard : public CbcEventHandler {
       if (!st_->given && search_objective(*model_->solver(), x) > st_->value + tol)
         return killSolution;
     }
-    if (!inner_) return noAction;
-    inner_->setModel(model_);
-    return inner_->event(which);
+    return pass_on(which);
   }
 
  private:
   std::shared_ptr<start_state> st_;
-  std::unique_ptr<CbcEventHandler> inner_;
 };
 
 }  // namespace

@@ -12,29 +12,14 @@
 
 namespace {
 
-class MipStartTest : public EngineTest {
+class MipStartTest : public LoggedEngineTest {
  protected:
-  void SetUp() override {
-    EngineTest::SetUp();
-    ASSERT_EQ(KVSLsetcbmessage(p, collect, &lines), 0);
-  }
-  static void collect(KVSLprob, void *user, const char *text, int len, int) {
-    if (text != nullptr) static_cast<std::vector<std::string> *>(user)->emplace_back(text, len);
-  }
-  // The lines that contain s.
-  std::vector<std::string> with(const std::string &s) const {
-    std::vector<std::string> out;
-    for (const auto &l : lines)
-      if (l.find(s) != std::string::npos) out.push_back(l);
-    return out;
-  }
   // min -x - 2y, x + y <= 3.5, x <= 2.5, x and y integer in [0, 5]:
   // optimum x = 0, y = 3, value -6.
   void small() {
     dense_model d{"LL", {3.5, 2.5}, {}, {-1, -2}, {0, 0}, {5, 5}, {{1, 1}, {1, 0}}};
     ASSERT_EQ(load_global(p, d, "II", {0, 1}), 0);
   }
-  std::vector<std::string> lines;
 };
 
 TEST_F(MipStartTest, FullStartIsTheIncumbentBeforeTheSearch) {
