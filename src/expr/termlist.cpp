@@ -261,6 +261,58 @@ void radix_sort(sort_entry<mdl_term> *entries, sort_entry<mdl_term> *spare, int 
   if (src != entries) std::copy(src, src + n, entries);
 }
 
+// Lay a long linear run out in address order: the run's terms are moved,
+// in list order, into its own nodes taken in ascending address order, and
+// relinked.  The list's value and order stay as they were; only which node
+// holds which term changes, so that later walks of the run (merges, reads,
+// the release of the list) go forward through memory instead of jumping to
+// wherever each node was allocated.  `n` is the run's length; without a
+// temporary array from the allocator hook the run is left as it is.
+void lay_out_run(mdl_termlst *l, long n) {
+  struct term_copy {
+    double coef;
+    mdl_var *var;
+  };
+  const size_t count = static_cast<size_t>(n);
+  void *block = mdlsl_malloc(count * (sizeof(term_copy) + 2 * sizeof(uintptr_t)));
+  if (block == nullptr) return;
+  auto *terms = static_cast<term_copy *>(block);
+  auto *nodes = reinterpret_cast<uintptr_t *>(terms + count);
+  uintptr_t *spare = nodes + count;
+  size_t k = 0;
+  for (mdl_term *t = first_of<mdl_term>(l); t != nullptr && k < count; t = t->next, ++k) {
+    terms[k] = {t->coef, t->var};
+    nodes[k] = reinterpret_cast<uintptr_t>(t);
+  }
+  if (k == count && first_of<mdl_term>(l) != nullptr) {
+    // Stable LSD radix sort of the addresses, 11 bits a pass.
+    constexpr int digit_bits = 11;
+    constexpr size_t digits = size_t{1} << digit_bits;
+    uintptr_t lo = UINTPTR_MAX, varying = 0;
+    for (size_t i = 0; i < count; ++i) lo = std::min(lo, nodes[i]);
+    for (size_t i = 0; i < count; ++i) varying |= nodes[i] - lo;
+    uintptr_t *src = nodes, *dst = spare;
+    for (int shift = varying == 0 ? 64 : std::countr_zero(varying);
+         shift < 64 && (varying >> shift) != 0; shift += digit_bits) {
+      size_t start[digits + 1] = {};
+      for (size_t i = 0; i < count; ++i) ++start[((src[i] - lo) >> shift & (digits - 1)) + 1];
+      for (size_t d = 1; d <= digits; ++d) start[d] += start[d - 1];
+      for (size_t i = 0; i < count; ++i) dst[start[(src[i] - lo) >> shift & (digits - 1)]++] = src[i];
+      std::swap(src, dst);
+    }
+    mdl_term *tail = last_of<mdl_term>(l)->next;
+    for (size_t i = 0; i < count; ++i) {
+      auto *t = reinterpret_cast<mdl_term *>(src[i]);
+      t->coef = terms[i].coef;
+      t->var = terms[i].var;
+      t->next = i + 1 < count ? reinterpret_cast<mdl_term *>(src[i + 1]) : tail;
+    }
+    l->first = reinterpret_cast<mdl_term *>(src[0]);
+    l->last = reinterpret_cast<mdl_term *>(src[count - 1]);
+  }
+  mdlsl_free(block);
+}
+
 // Merge the pending tail into the run, in batches of the oldest operations
 // first.  A tail longer than the stack array is sorted in one batch in a
 // temporary array from the allocator hook; when that cannot be had, batches
@@ -280,7 +332,8 @@ int sort_list(mdl_termlst **lp, bool resize = false) {
   int capacity = max_pending;
   // A linear tail also takes room for the radix sort's second array.
   constexpr bool radix = std::is_same_v<Node, mdl_term>;
-  if (l->pending > max_pending) {
+  const bool long_tail = l->pending > max_pending;
+  if (long_tail) {
     const size_t slots = static_cast<size_t>(l->pending) * (radix ? 2 : 1);
     auto *heap = static_cast<sort_entry<Node> *>(mdlsl_malloc(slots * sizeof(sort_entry<Node>)));
     if (heap != nullptr) {
@@ -288,17 +341,29 @@ int sort_list(mdl_termlst **lp, bool resize = false) {
       capacity = l->pending;
     }
   }
-  // The tail runs newest first: turn it round.
+  // The tail runs newest first.  When it fits the array in one batch it is
+  // read once, filling the array from its end; batches must start with the
+  // oldest operations, so then the tail is turned round first.
   Node *oldest = nullptr;
-  while (tail != nullptr) {
-    Node *next = tail->next;
-    tail->next = oldest;
-    oldest = tail;
-    tail = next;
+  int filled = 0;
+  if (l->pending <= capacity) {
+    for (int k = l->pending; tail != nullptr && k > 0; tail = tail->next) {
+      --k;
+      entries[k] = {key_of(*tail), k, tail};
+      ++filled;
+    }
+  } else {
+    while (tail != nullptr) {
+      Node *next = tail->next;
+      tail->next = oldest;
+      oldest = tail;
+      tail = next;
+    }
   }
   long run = 0;
-  while (oldest != nullptr) {
-    int n = 0;
+  while (filled > 0 || oldest != nullptr) {
+    int n = filled;
+    filled = 0;
     for (; oldest != nullptr && n < capacity; oldest = oldest->next, ++n)
       entries[n] = {key_of(*oldest), n, oldest};
     bool sorted = false;
@@ -312,13 +377,18 @@ int sort_list(mdl_termlst **lp, bool resize = false) {
       std::sort(entries, entries + n, [](const sort_entry<Node> &a, const sort_entry<Node> &b) {
         return a.key < b.key || (a.key == b.key && a.order < b.order);
       });
-    run = merge_entries<Node>(l, prob, entries, n, resize && oldest == nullptr);
+    run = merge_entries<Node>(l, prob, entries, n, (resize || long_tail) && oldest == nullptr);
   }
   if (entries != stack) mdlsl_free(entries);
   l->pending = 0;
   l->resets = 0;
   if (resize) l->room = run < long_run ? 0 : static_cast<uint16_t>(std::min(run / 128, 65535L));
   release_leading_zeros<Node>(lp, prob);
+  if constexpr (radix) {
+    if (long_tail && run >= long_run && *lp != nullptr && l->last != nullptr &&
+        last_of<Node>(l)->next == nullptr)
+      lay_out_run(*lp, run);
+  }
   return 1;
 }
 

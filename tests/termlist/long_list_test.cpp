@@ -1,8 +1,12 @@
 /*
  * long_list_test.cpp -- term lists whose run is long enough for the tail to
  * grow past 255 pending operations: values against a plain map, the bound
- * of the grown tail, and the merge without its temporary array.
+ * of the grown tail, the merge without its temporary array, and the run
+ * laid out in address order after a long merge.
  */
+#include <stdint.h>
+#include <stdlib.h>
+
 #include <random>
 
 #include "support.h"
@@ -93,6 +97,25 @@ class LongList : public TermListTest {
     return seen == model ? "" : "terms differ from map";
   }
 
+  // Does the run go forward through memory, node after node?
+  bool run_in_address_order() const {
+    for (const mdl_term *n = first_node<mdl_term>(list); n->next != nullptr; n = n->next)
+      if (!(reinterpret_cast<uintptr_t>(n) < reinterpret_cast<uintptr_t>(n->next))) return false;
+    return true;
+  }
+
+  // Adds of every other variable in a shuffled order: a long run built
+  // through long tails.
+  void shuffled_adds(std::mt19937_64 &rng) {
+    std::vector<int> order;
+    for (int i = 0; i < 40000; i += 2) order.push_back(i);
+    std::shuffle(order.begin(), order.end(), rng);
+    for (int i : order) {
+      ASSERT_EQ(mdladd_term(x[i], &list, 1.0 + i), 1);
+      model[key_of(x[i])] = 1.0 + i;
+    }
+  }
+
   std::vector<MDLvar> x;
   MDLtermlst list = nullptr;
   value_map<mdl_term> model;
@@ -134,6 +157,59 @@ TEST_F(LongList, MergeWithoutItsTemporaryArray) {
   malloc_fails() = true;
   ASSERT_EQ(strip_and_compare(), "");
   malloc_fails() = false;
+  EXPECT_TRUE(errors.empty());
+}
+
+TEST_F(LongList, LongMergeLaysTheRunOutInAddressOrder) {
+  std::mt19937_64 rng(41);
+  shuffled_adds(rng);
+  ASSERT_EQ(strip_and_compare(), "");
+  // The nodes were taken in the order of the adds, i.e. not in list order;
+  // after the long merge the run walks forward through memory.
+  EXPECT_TRUE(run_in_address_order());
+  // Later operations see the same value as the map's.
+  ASSERT_EQ(random_ops(rng, 40000, 50000), "");
+  ASSERT_EQ(check_value(), "");
+  ASSERT_EQ(strip_and_compare(), "");
+  EXPECT_TRUE(errors.empty());
+}
+
+// The allocator fails from the `n`-th call on while armed (1: the first).
+int &failing_from() {
+  static int n = 0;
+  return n;
+}
+void *fail_from_nth(size_t size) {
+  if (failing_from() > 0 && --failing_from() == 0) {
+    failing_from() = 1;   // stays failing
+    return nullptr;
+  }
+  return malloc(size);
+}
+
+TEST_F(LongList, LayoutWithoutItsArrayKeepsTheRunAsItIs) {
+  std::mt19937_64 rng(43);
+  std::vector<int> order;
+  for (int i = 0; i < 40000; i += 2) order.push_back(i);
+  std::shuffle(order.begin(), order.end(), rng);
+  // Everything but the last few thousand adds, then a long tail.
+  for (size_t k = 0; k + 6000 < order.size(); ++k) {
+    ASSERT_EQ(mdladd_term(x[order[k]], &list, 1.0 + order[k]), 1);
+    model[key_of(x[order[k]])] = 1.0 + order[k];
+  }
+  mdlstriptermlst(&list);
+  for (size_t k = order.size() - 6000; k < order.size(); ++k) {
+    ASSERT_EQ(mdladd_term(x[order[k]], &list, 1.0 + order[k]), 1);
+    model[key_of(x[order[k]])] = 1.0 + order[k];
+  }
+  ASSERT_GT(list->pending, kvtl::max_pending);
+  // The merge gets its array (first call), the layout does not (second).
+  failing_from() = 2;
+  mdlsl_malloc = fail_from_nth;
+  ASSERT_EQ(strip_and_compare(), "");
+  mdlsl_malloc = failing_malloc;
+  failing_from() = 0;
+  EXPECT_FALSE(run_in_address_order());
   EXPECT_TRUE(errors.empty());
 }
 
