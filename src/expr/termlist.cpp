@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "model/records.h"
+#include "problem/problem.h"
 
 namespace kvtl {
 
@@ -45,7 +46,7 @@ MDLprob list_problem(const mdl_termlst *l) { return problem_of(*first_of<Node>(l
 // A node holding the term of `proto`, unlinked; null when the pool fails.
 template <class Node>
 Node *new_node(MDLprob prob, const Node &proto) {
-  auto *n = static_cast<Node *>(mdlallocmem(prob, sizeof(Node), 0));
+  auto *n = problem_chunk<Node, false>(prob);
   if (n != nullptr) {
     *n = proto;
     n->next = nullptr;
@@ -677,7 +678,7 @@ mdl_qterm ordered_pair(MDLvar v1, MDLvar v2, double coef) {
 }  // namespace
 
 mdl_termlst *new_termlst(MDLprob prob) {
-  auto *l = static_cast<mdl_termlst *>(mdlallocmem(prob, sizeof(mdl_termlst), 1));
+  auto *l = problem_chunk<mdl_termlst, true>(prob);
   if (l != nullptr) mdlinrcprob(prob);
   return l;
 }
