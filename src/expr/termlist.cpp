@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <bit>
 #include <compare>
+#include <optional>
 #include <type_traits>
 #include <utility>
 
@@ -184,22 +185,68 @@ struct sort_entry {
   Node *node;
 };
 
+// The nodes of a long linear run in list order as a merge meets them, with
+// their terms, for lay_out_run; room for `capacity` nodes (from the
+// allocator hook, nothing when it fails), and `overflow` once more came.
+struct run_record {
+  struct term_copy {
+    double coef;
+    mdl_var *var;
+  };
+  void *block = nullptr;
+  term_copy *terms = nullptr;
+  uintptr_t *nodes = nullptr;   // then as many spare slots for the sort
+  size_t capacity = 0, count = 0;
+  bool overflow = false;
+
+  explicit run_record(size_t cap) {
+    block = mdlsl_malloc(cap * (sizeof(term_copy) + 2 * sizeof(uintptr_t)));
+    if (block == nullptr) return;
+    capacity = cap;
+    terms = static_cast<term_copy *>(block);
+    nodes = reinterpret_cast<uintptr_t *>(terms + cap);
+  }
+  ~run_record() { mdlsl_free(block); }
+  run_record(const run_record &) = delete;
+  run_record &operator=(const run_record &) = delete;
+
+  bool usable() const { return block != nullptr && !overflow; }
+  void add(const mdl_term *t) {
+    if (count == capacity) {
+      overflow = true;
+      return;
+    }
+    terms[count] = {t->coef, t->var};
+    nodes[count++] = reinterpret_cast<uintptr_t>(t);
+  }
+};
+
+// Record a node of a merge (linear lists only).
+template <class Node>
+void record_node(run_record *rec, const Node *n) {
+  if constexpr (std::is_same_v<Node, mdl_term>) {
+    if (rec != nullptr) rec->add(n);
+  }
+}
+
 // Merge `n` entries, sorted by variable and insertion number, into the run.
 // Operations on one variable are applied in the order they were made,
 // starting from the run's coefficient, so the result is bit for bit that of
 // applying them one by one.  Nodes of consumed entries go back to the pool;
 // one of them is reused when a term is new to the run, so the merge never
 // allocates.  With `count`, returns the number of nodes of the run after the
-// merge (walking it to its end), else 0.
+// merge (walking it to its end), else 0; `rec` (with `count`) then gets
+// every node of the run in list order.
 template <class Node>
 long merge_entries(mdl_termlst *l, MDLprob prob, const sort_entry<Node> *entries, int n,
-                   bool count) {
+                   bool count, run_record *rec = nullptr) {
   long before = 0;   // run nodes before `cur`
   Node *prev = nullptr;
   Node *cur = first_of<Node>(l);
   for (int i = 0; i < n;) {
     const auto key = entries[i].key;
     while (cur != nullptr && key_of(*cur) < key) {
+      record_node(rec, cur);
       prev = cur;
       cur = cur->next;
       ++before;
@@ -226,6 +273,7 @@ long merge_entries(mdl_termlst *l, MDLprob prob, const sort_entry<Node> *entries
       keep->next = cur;
       if (prev != nullptr) prev->next = keep; else l->first = keep;
       if (cur == nullptr) l->last = keep;
+      record_node(rec, keep);
       prev = keep;
       ++before;
       first_free = i + 1;
@@ -234,7 +282,10 @@ long merge_entries(mdl_termlst *l, MDLprob prob, const sort_entry<Node> *entries
     i = end;
   }
   if (!count) return 0;
-  for (; cur != nullptr; cur = cur->next) ++before;
+  for (; cur != nullptr; cur = cur->next) {
+    record_node(rec, cur);
+    ++before;
+  }
   return before;
 }
 
@@ -267,51 +318,35 @@ void radix_sort(sort_entry<mdl_term> *entries, sort_entry<mdl_term> *spare, int 
 // relinked.  The list's value and order stay as they were; only which node
 // holds which term changes, so that later walks of the run (merges, reads,
 // the release of the list) go forward through memory instead of jumping to
-// wherever each node was allocated.  `n` is the run's length; without a
-// temporary array from the allocator hook the run is left as it is.
-void lay_out_run(mdl_termlst *l, long n) {
-  struct term_copy {
-    double coef;
-    mdl_var *var;
-  };
-  const size_t count = static_cast<size_t>(n);
-  void *block = mdlsl_malloc(count * (sizeof(term_copy) + 2 * sizeof(uintptr_t)));
-  if (block == nullptr) return;
-  auto *terms = static_cast<term_copy *>(block);
-  auto *nodes = reinterpret_cast<uintptr_t *>(terms + count);
-  uintptr_t *spare = nodes + count;
-  size_t k = 0;
-  for (mdl_term *t = first_of<mdl_term>(l); t != nullptr && k < count; t = t->next, ++k) {
-    terms[k] = {t->coef, t->var};
-    nodes[k] = reinterpret_cast<uintptr_t>(t);
+// wherever each node was allocated.  `rec` holds the whole run, recorded
+// by the merge that made it; a record that overflowed leaves it as it is.
+void lay_out_run(mdl_termlst *l, run_record &rec) {
+  const size_t count = rec.count;
+  if (!rec.usable() || count == 0) return;
+  // Stable LSD radix sort of the addresses, 11 bits a pass.
+  constexpr int digit_bits = 11;
+  constexpr size_t digits = size_t{1} << digit_bits;
+  uintptr_t lo = UINTPTR_MAX, varying = 0;
+  for (size_t i = 0; i < count; ++i) lo = std::min(lo, rec.nodes[i]);
+  for (size_t i = 0; i < count; ++i) varying |= rec.nodes[i] - lo;
+  uintptr_t *src = rec.nodes, *dst = rec.nodes + rec.capacity;
+  for (int shift = varying == 0 ? 64 : std::countr_zero(varying);
+       shift < 64 && (varying >> shift) != 0; shift += digit_bits) {
+    size_t start[digits + 1] = {};
+    for (size_t i = 0; i < count; ++i) ++start[((src[i] - lo) >> shift & (digits - 1)) + 1];
+    for (size_t d = 1; d <= digits; ++d) start[d] += start[d - 1];
+    for (size_t i = 0; i < count; ++i) dst[start[(src[i] - lo) >> shift & (digits - 1)]++] = src[i];
+    std::swap(src, dst);
   }
-  if (k == count && first_of<mdl_term>(l) != nullptr) {
-    // Stable LSD radix sort of the addresses, 11 bits a pass.
-    constexpr int digit_bits = 11;
-    constexpr size_t digits = size_t{1} << digit_bits;
-    uintptr_t lo = UINTPTR_MAX, varying = 0;
-    for (size_t i = 0; i < count; ++i) lo = std::min(lo, nodes[i]);
-    for (size_t i = 0; i < count; ++i) varying |= nodes[i] - lo;
-    uintptr_t *src = nodes, *dst = spare;
-    for (int shift = varying == 0 ? 64 : std::countr_zero(varying);
-         shift < 64 && (varying >> shift) != 0; shift += digit_bits) {
-      size_t start[digits + 1] = {};
-      for (size_t i = 0; i < count; ++i) ++start[((src[i] - lo) >> shift & (digits - 1)) + 1];
-      for (size_t d = 1; d <= digits; ++d) start[d] += start[d - 1];
-      for (size_t i = 0; i < count; ++i) dst[start[(src[i] - lo) >> shift & (digits - 1)]++] = src[i];
-      std::swap(src, dst);
-    }
-    mdl_term *tail = last_of<mdl_term>(l)->next;
-    for (size_t i = 0; i < count; ++i) {
-      auto *t = reinterpret_cast<mdl_term *>(src[i]);
-      t->coef = terms[i].coef;
-      t->var = terms[i].var;
-      t->next = i + 1 < count ? reinterpret_cast<mdl_term *>(src[i + 1]) : tail;
-    }
-    l->first = reinterpret_cast<mdl_term *>(src[0]);
-    l->last = reinterpret_cast<mdl_term *>(src[count - 1]);
+  mdl_term *tail = last_of<mdl_term>(l)->next;
+  for (size_t i = 0; i < count; ++i) {
+    auto *t = reinterpret_cast<mdl_term *>(src[i]);
+    t->coef = rec.terms[i].coef;
+    t->var = rec.terms[i].var;
+    t->next = i + 1 < count ? reinterpret_cast<mdl_term *>(src[i + 1]) : tail;
   }
-  mdlsl_free(block);
+  l->first = reinterpret_cast<mdl_term *>(src[0]);
+  l->last = reinterpret_cast<mdl_term *>(src[count - 1]);
 }
 
 // Merge the pending tail into the run, in batches of the oldest operations
@@ -333,8 +368,7 @@ int sort_list(mdl_termlst **lp, bool resize = false) {
   int capacity = max_pending;
   // A linear tail also takes room for the radix sort's second array.
   constexpr bool radix = std::is_same_v<Node, mdl_term>;
-  const bool long_tail = l->pending > max_pending;
-  if (long_tail) {
+  if (l->pending > max_pending) {
     const size_t slots = static_cast<size_t>(l->pending) * (radix ? 2 : 1);
     auto *heap = static_cast<sort_entry<Node> *>(mdlsl_malloc(slots * sizeof(sort_entry<Node>)));
     if (heap != nullptr) {
@@ -361,6 +395,17 @@ int sort_list(mdl_termlst **lp, bool resize = false) {
       tail = next;
     }
   }
+  // A long linear tail merged in one batch also records the run it makes,
+  // to lay it out after the merge.  The run's length is not kept: the
+  // record takes room for the run of the last resize (with a margin) plus
+  // every pending node, and a run that has outgrown that is left as it is.
+  std::optional<run_record> record;
+  if constexpr (radix) {
+    if (entries != stack) {
+      const size_t run_before = (static_cast<size_t>(l->room) + 1) * 128;
+      record.emplace(run_before + run_before / 4 + static_cast<size_t>(l->pending));
+    }
+  }
   long run = 0;
   while (filled > 0 || oldest != nullptr) {
     int n = filled;
@@ -378,18 +423,16 @@ int sort_list(mdl_termlst **lp, bool resize = false) {
       std::sort(entries, entries + n, [](const sort_entry<Node> &a, const sort_entry<Node> &b) {
         return a.key < b.key || (a.key == b.key && a.order < b.order);
       });
-    run = merge_entries<Node>(l, prob, entries, n, (resize || long_tail) && oldest == nullptr);
+    run = merge_entries<Node>(l, prob, entries, n, (resize || record) && oldest == nullptr,
+                              record ? &*record : nullptr);
   }
   if (entries != stack) mdlsl_free(entries);
   l->pending = 0;
   l->resets = 0;
   if (resize) l->room = run < long_run ? 0 : static_cast<uint16_t>(std::min(run / 128, 65535L));
+  if (record && run >= long_run && l->first != nullptr) lay_out_run(l, *record);
+  record.reset();
   release_leading_zeros<Node>(lp, prob);
-  if constexpr (radix) {
-    if (long_tail && run >= long_run && *lp != nullptr && l->last != nullptr &&
-        last_of<Node>(l)->next == nullptr)
-      lay_out_run(*lp, run);
-  }
   return 1;
 }
 

@@ -174,6 +174,37 @@ TEST_F(LongList, LongMergeLaysTheRunOutInAddressOrder) {
   EXPECT_TRUE(errors.empty());
 }
 
+TEST_F(LongList, RunThatOutgrewItsRecordIsLeftAsItIs) {
+  std::mt19937_64 rng(47);
+  std::vector<int> order;
+  for (int i = 0; i < 20000; i += 2) order.push_back(i);
+  std::shuffle(order.begin(), order.end(), rng);
+  for (int i : order) {
+    ASSERT_EQ(mdladd_term(x[i], &list, 1.0 + i), 1);
+    model[key_of(x[i])] = 1.0 + i;
+  }
+  mdlstriptermlst(&list);
+  // Beyond the run's end: the run grows without a merge.
+  for (int i = 20000; i < 40000; ++i) {
+    ASSERT_EQ(mdladd_term(x[i], &list, 0.5), 1);
+    model[key_of(x[i])] = 0.5;
+  }
+  ASSERT_EQ(list->pending, 0);
+  // A long tail inside the run; its merge meets more run nodes than the
+  // record has room for.
+  order.clear();
+  for (int i = 1; i < 20000; i += 2) order.push_back(i);
+  std::shuffle(order.begin(), order.end(), rng);
+  for (size_t k = 0; k < 5000; ++k) {
+    ASSERT_EQ(mdladd_term(x[order[k]], &list, 2.0), 1);
+    model[key_of(x[order[k]])] = 2.0;
+  }
+  ASSERT_GT(list->pending, kvtl::max_pending);
+  ASSERT_EQ(strip_and_compare(), "");
+  EXPECT_FALSE(run_in_address_order());
+  EXPECT_TRUE(errors.empty());
+}
+
 // The allocator fails from the `n`-th call on while armed (1: the first).
 int &failing_from() {
   static int n = 0;
@@ -203,7 +234,8 @@ TEST_F(LongList, LayoutWithoutItsArrayKeepsTheRunAsItIs) {
     model[key_of(x[order[k]])] = 1.0 + order[k];
   }
   ASSERT_GT(list->pending, kvtl::max_pending);
-  // The merge gets its array (first call), the layout does not (second).
+  // The merge gets its array (first call), the run's record does not
+  // (second).
   failing_from() = 2;
   mdlsl_malloc = fail_from_nth;
   ASSERT_EQ(strip_and_compare(), "");
