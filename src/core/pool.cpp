@@ -28,7 +28,6 @@ MDLcbmem free_hook(const pool_header &pool) {
 
 char *data_start(pool_block *b) { return reinterpret_cast<char *>(b) + block_head_size; }
 
-
 pool_block *new_block(pool_header &pool, MDLprob prob, size_t bytes) {
   auto *b = static_cast<pool_block *>(mdlsl_malloc(bytes));
   if (b == nullptr) {

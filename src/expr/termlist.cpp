@@ -289,28 +289,35 @@ long merge_entries(mdl_termlst *l, MDLprob prob, const sort_entry<Node> *entries
   return before;
 }
 
-// Sort the entries of a long linear tail by variable, keeping insertion
-// order among equal variables: a stable radix sort on the variables'
-// addresses relative to the smallest, 11 bits a pass, which for a tail of
-// many thousand nodes is several times quicker than a comparison sort.
-// `spare` holds `n` entries.
-void radix_sort(sort_entry<mdl_term> *entries, sort_entry<mdl_term> *spare, int n) {
+// Stable LSD radix sort of `n` items by an address-sized key, 11 bits a
+// pass over the bits in which some key differs from the smallest (usually
+// two passes); for many thousand items several times quicker than a
+// comparison sort.  `spare` holds `n` items; the result is left in `items`.
+template <class T, class Key>
+void radix_sort(T *items, T *spare, size_t n, Key key) {
   constexpr int digit_bits = 11;
   constexpr size_t digits = size_t{1} << digit_bits;
   uintptr_t lo = UINTPTR_MAX;
-  for (int i = 0; i < n; ++i) lo = std::min(lo, entries[i].key);
+  for (size_t i = 0; i < n; ++i) lo = std::min(lo, key(items[i]));
   uintptr_t varying = 0;   // bits in which some key differs from the smallest
-  for (int i = 0; i < n; ++i) varying |= entries[i].key - lo;
-  sort_entry<mdl_term> *src = entries, *dst = spare;
+  for (size_t i = 0; i < n; ++i) varying |= key(items[i]) - lo;
+  T *src = items, *dst = spare;
   int shift = varying == 0 ? 64 : std::countr_zero(varying);
   for (; shift < 64 && (varying >> shift) != 0; shift += digit_bits) {
     size_t start[digits + 1] = {};
-    for (int i = 0; i < n; ++i) ++start[((src[i].key - lo) >> shift & (digits - 1)) + 1];
+    for (size_t i = 0; i < n; ++i) ++start[((key(src[i]) - lo) >> shift & (digits - 1)) + 1];
     for (size_t d = 1; d <= digits; ++d) start[d] += start[d - 1];
-    for (int i = 0; i < n; ++i) dst[start[(src[i].key - lo) >> shift & (digits - 1)]++] = src[i];
+    for (size_t i = 0; i < n; ++i) dst[start[(key(src[i]) - lo) >> shift & (digits - 1)]++] = src[i];
     std::swap(src, dst);
   }
-  if (src != entries) std::copy(src, src + n, entries);
+  if (src != items) std::copy(src, src + n, items);
+}
+
+// Sort the entries of a long linear tail by variable, keeping insertion
+// order among equal variables (the sort is stable).
+void sort_by_variable(sort_entry<mdl_term> *entries, sort_entry<mdl_term> *spare, int n) {
+  radix_sort(entries, spare, static_cast<size_t>(n),
+             [](const sort_entry<mdl_term> &e) { return e.key; });
 }
 
 // Lay a long linear run out in address order: the run's terms are moved,
@@ -323,21 +330,8 @@ void radix_sort(sort_entry<mdl_term> *entries, sort_entry<mdl_term> *spare, int 
 void lay_out_run(mdl_termlst *l, run_record &rec) {
   const size_t count = rec.count;
   if (!rec.usable() || count == 0) return;
-  // Stable LSD radix sort of the addresses, 11 bits a pass.
-  constexpr int digit_bits = 11;
-  constexpr size_t digits = size_t{1} << digit_bits;
-  uintptr_t lo = UINTPTR_MAX, varying = 0;
-  for (size_t i = 0; i < count; ++i) lo = std::min(lo, rec.nodes[i]);
-  for (size_t i = 0; i < count; ++i) varying |= rec.nodes[i] - lo;
-  uintptr_t *src = rec.nodes, *dst = rec.nodes + rec.capacity;
-  for (int shift = varying == 0 ? 64 : std::countr_zero(varying);
-       shift < 64 && (varying >> shift) != 0; shift += digit_bits) {
-    size_t start[digits + 1] = {};
-    for (size_t i = 0; i < count; ++i) ++start[((src[i] - lo) >> shift & (digits - 1)) + 1];
-    for (size_t d = 1; d <= digits; ++d) start[d] += start[d - 1];
-    for (size_t i = 0; i < count; ++i) dst[start[(src[i] - lo) >> shift & (digits - 1)]++] = src[i];
-    std::swap(src, dst);
-  }
+  uintptr_t *src = rec.nodes;
+  radix_sort(src, rec.nodes + rec.capacity, count, [](uintptr_t a) { return a; });
   mdl_term *tail = last_of<mdl_term>(l)->next;
   for (size_t i = 0; i < count; ++i) {
     auto *t = reinterpret_cast<mdl_term *>(src[i]);
@@ -415,7 +409,7 @@ int sort_list(mdl_termlst **lp, bool resize = false) {
     bool sorted = false;
     if constexpr (radix) {
       if (entries != stack) {
-        radix_sort(entries, entries + capacity, n);
+        sort_by_variable(entries, entries + capacity, n);
         sorted = true;
       }
     }
