@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <bit>
 #include <compare>
-#include <optional>
 #include <type_traits>
 #include <utility>
 
@@ -186,47 +185,67 @@ struct sort_entry {
 };
 
 // The nodes of a long linear run in list order as a merge meets them, with
-// their terms, for lay_out_run; room for `capacity` nodes (from the
-// allocator hook, nothing when it fails), and `overflow` once more came.
-struct run_record {
+// their terms, for lay_out_run.  The arrays come from the allocator hook
+// and double when full; when they cannot be had the record is `lost` and
+// the run is not laid out.
+class run_record {
+ public:
   struct term_copy {
     double coef;
     mdl_var *var;
   };
-  void *block = nullptr;
-  term_copy *terms = nullptr;
-  uintptr_t *nodes = nullptr;   // then as many spare slots for the sort
-  size_t capacity = 0, count = 0;
-  bool overflow = false;
 
-  explicit run_record(size_t cap) {
-    block = mdlsl_malloc(cap * (sizeof(term_copy) + 2 * sizeof(uintptr_t)));
-    if (block == nullptr) return;
-    capacity = cap;
-    terms = static_cast<term_copy *>(block);
-    nodes = reinterpret_cast<uintptr_t *>(terms + cap);
-  }
-  ~run_record() { mdlsl_free(block); }
+  explicit run_record(size_t capacity) { lost_ = !grow(capacity); }
+  ~run_record() { mdlsl_free(block_); }
   run_record(const run_record &) = delete;
   run_record &operator=(const run_record &) = delete;
 
-  bool usable() const { return block != nullptr && !overflow; }
   void add(const mdl_term *t) {
-    if (count == capacity) {
-      overflow = true;
+    if (lost_) return;
+    if (count_ == capacity_ && !grow(2 * capacity_)) {
+      lost_ = true;
       return;
     }
-    terms[count] = {t->coef, t->var};
-    nodes[count++] = reinterpret_cast<uintptr_t>(t);
+    terms_[count_] = {t->coef, t->var};
+    nodes_[count_++] = reinterpret_cast<uintptr_t>(t);
   }
+  bool complete() const { return !lost_; }
+  size_t count() const { return count_; }
+  const term_copy *terms() const { return terms_; }
+  // The node addresses, followed by as many spare slots for their sort.
+  uintptr_t *nodes() { return nodes_; }
+  uintptr_t *spare() { return nodes_ + capacity_; }
+
+ private:
+  // Room for `capacity` nodes, keeping those recorded; false when the
+  // block cannot be had (the old one is kept).
+  bool grow(size_t capacity) {
+    void *block = mdlsl_malloc(capacity * (sizeof(term_copy) + 2 * sizeof(uintptr_t)));
+    if (block == nullptr) return false;
+    auto *terms = static_cast<term_copy *>(block);
+    auto *nodes = reinterpret_cast<uintptr_t *>(terms + capacity);
+    std::copy(terms_, terms_ + count_, terms);
+    std::copy(nodes_, nodes_ + count_, nodes);
+    mdlsl_free(block_);
+    block_ = block;
+    terms_ = terms;
+    nodes_ = nodes;
+    capacity_ = capacity;
+    return true;
+  }
+
+  void *block_ = nullptr;
+  term_copy *terms_ = nullptr;
+  uintptr_t *nodes_ = nullptr;
+  size_t capacity_ = 0, count_ = 0;
+  bool lost_ = false;
 };
 
-// Record a node of a merge (linear lists only).
-template <class Node>
+// Record a node of a merge that records (linear lists only); the other
+// merges are compiled without it.
+template <bool recording, class Node>
 void record_node(run_record *rec, const Node *n) {
-  if constexpr (std::is_same_v<Node, mdl_term>) {
-    if (rec != nullptr) rec->add(n);
-  }
+  if constexpr (recording && std::is_same_v<Node, mdl_term>) rec->add(n);
 }
 
 // Merge `n` entries, sorted by variable and insertion number, into the run.
@@ -235,9 +254,9 @@ void record_node(run_record *rec, const Node *n) {
 // applying them one by one.  Nodes of consumed entries go back to the pool;
 // one of them is reused when a term is new to the run, so the merge never
 // allocates.  With `count`, returns the number of nodes of the run after the
-// merge (walking it to its end), else 0; `rec` (with `count`) then gets
-// every node of the run in list order.
-template <class Node>
+// merge (walking it to its end), else 0; when `recording` (with `count`),
+// `rec` gets every node of the run in list order.
+template <class Node, bool recording = false>
 long merge_entries(mdl_termlst *l, MDLprob prob, const sort_entry<Node> *entries, int n,
                    bool count, run_record *rec = nullptr) {
   long before = 0;   // run nodes before `cur`
@@ -246,7 +265,7 @@ long merge_entries(mdl_termlst *l, MDLprob prob, const sort_entry<Node> *entries
   for (int i = 0; i < n;) {
     const auto key = entries[i].key;
     while (cur != nullptr && key_of(*cur) < key) {
-      record_node(rec, cur);
+      record_node<recording>(rec, cur);
       prev = cur;
       cur = cur->next;
       ++before;
@@ -273,7 +292,7 @@ long merge_entries(mdl_termlst *l, MDLprob prob, const sort_entry<Node> *entries
       keep->next = cur;
       if (prev != nullptr) prev->next = keep; else l->first = keep;
       if (cur == nullptr) l->last = keep;
-      record_node(rec, keep);
+      record_node<recording>(rec, keep);
       prev = keep;
       ++before;
       first_free = i + 1;
@@ -283,7 +302,7 @@ long merge_entries(mdl_termlst *l, MDLprob prob, const sort_entry<Node> *entries
   }
   if (!count) return 0;
   for (; cur != nullptr; cur = cur->next) {
-    record_node(rec, cur);
+    record_node<recording>(rec, cur);
     ++before;
   }
   return before;
@@ -326,21 +345,36 @@ void sort_by_variable(sort_entry<mdl_term> *entries, sort_entry<mdl_term> *spare
 // holds which term changes, so that later walks of the run (merges, reads,
 // the release of the list) go forward through memory instead of jumping to
 // wherever each node was allocated.  `rec` holds the whole run, recorded
-// by the merge that made it; a record that overflowed leaves it as it is.
+// by the merge that made it; an incomplete record leaves it as it is.
 void lay_out_run(mdl_termlst *l, run_record &rec) {
-  const size_t count = rec.count;
-  if (!rec.usable() || count == 0) return;
-  uintptr_t *src = rec.nodes;
-  radix_sort(src, rec.nodes + rec.capacity, count, [](uintptr_t a) { return a; });
+  const size_t count = rec.count();
+  if (!rec.complete() || count == 0) return;
+  uintptr_t *node = rec.nodes();
+  radix_sort(node, rec.spare(), count, [](uintptr_t a) { return a; });
+  const run_record::term_copy *terms = rec.terms();
   mdl_term *tail = last_of<mdl_term>(l)->next;
   for (size_t i = 0; i < count; ++i) {
-    auto *t = reinterpret_cast<mdl_term *>(src[i]);
-    t->coef = rec.terms[i].coef;
-    t->var = rec.terms[i].var;
-    t->next = i + 1 < count ? reinterpret_cast<mdl_term *>(src[i + 1]) : tail;
+    auto *t = reinterpret_cast<mdl_term *>(node[i]);
+    t->coef = terms[i].coef;
+    t->var = terms[i].var;
+    t->next = i + 1 < count ? reinterpret_cast<mdl_term *>(node[i + 1]) : tail;
   }
-  l->first = reinterpret_cast<mdl_term *>(src[0]);
-  l->last = reinterpret_cast<mdl_term *>(src[count - 1]);
+  l->first = reinterpret_cast<mdl_term *>(node[0]);
+  l->last = reinterpret_cast<mdl_term *>(node[count - 1]);
+}
+
+// Merge a whole linear tail of `n` sorted entries into the run, recording
+// the run it makes, then lay that run out; returns the run's length.  The
+// record starts with a quarter more room than `run_before`, the run of the
+// last resize, plus the entries.  Kept apart from sort_list so that the
+// short merges do not carry it.
+[[gnu::noinline]] long merge_laying_out(mdl_termlst *l, MDLprob prob,
+                                       const sort_entry<mdl_term> *entries, int n,
+                                       size_t run_before) {
+  run_record record(run_before + run_before / 4 + static_cast<size_t>(n));
+  const long run = merge_entries<mdl_term, true>(l, prob, entries, n, true, &record);
+  if (l->first != nullptr) lay_out_run(l, record);
+  return run;
 }
 
 // Merge the pending tail into the run, in batches of the oldest operations
@@ -389,16 +423,16 @@ int sort_list(mdl_termlst **lp, bool resize = false) {
       tail = next;
     }
   }
-  // A long linear tail merged in one batch also records the run it makes,
-  // to lay it out after the merge.  The run's length is not kept: the
-  // record takes room for the run of the last resize (with a margin) plus
-  // every pending node, and a run that has outgrown that is left as it is.
-  std::optional<run_record> record;
+  // A long linear tail merged in one batch into a run too long for the
+  // caches is laid out after the merge (shorter runs are walked quickly
+  // wherever their nodes lie, and would pay for the record's memory).  The
+  // run's length is not kept: the run of the last resize plus every
+  // pending node estimates it.
+  bool lay_out = false;
+  size_t run_before = 0;
   if constexpr (radix) {
-    if (entries != stack) {
-      const size_t run_before = (static_cast<size_t>(l->room) + 1) * 128;
-      record.emplace(run_before + run_before / 4 + static_cast<size_t>(l->pending));
-    }
+    run_before = (static_cast<size_t>(l->room) + 1) * 128;
+    lay_out = entries != stack && run_before + static_cast<size_t>(l->pending) >= layout_run;
   }
   long run = 0;
   while (filled > 0 || oldest != nullptr) {
@@ -417,15 +451,18 @@ int sort_list(mdl_termlst **lp, bool resize = false) {
       std::sort(entries, entries + n, [](const sort_entry<Node> &a, const sort_entry<Node> &b) {
         return a.key < b.key || (a.key == b.key && a.order < b.order);
       });
-    run = merge_entries<Node>(l, prob, entries, n, (resize || record) && oldest == nullptr,
-                              record ? &*record : nullptr);
+    if constexpr (radix) {
+      if (lay_out) {
+        run = merge_laying_out(l, prob, entries, n, run_before);
+        continue;
+      }
+    }
+    run = merge_entries<Node>(l, prob, entries, n, resize && oldest == nullptr);
   }
   if (entries != stack) mdlsl_free(entries);
   l->pending = 0;
   l->resets = 0;
   if (resize) l->room = run < long_run ? 0 : static_cast<uint16_t>(std::min(run / 128, 65535L));
-  if (record && run >= long_run && l->first != nullptr) lay_out_run(l, *record);
-  record.reset();
   release_leading_zeros<Node>(lp, prob);
   return 1;
 }

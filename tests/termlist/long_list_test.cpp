@@ -14,11 +14,30 @@
 namespace termtest {
 namespace {
 
+// The allocator fails from the `n`-th call on while armed (1: the first),
+// counting the calls.
+int &failing_from() {
+  static int n = 0;
+  return n;
+}
+int &malloc_calls() {
+  static int n = 0;
+  return n;
+}
+void *fail_from_nth(size_t size) {
+  ++malloc_calls();
+  if (failing_from() > 0 && --failing_from() == 0) {
+    failing_from() = 1;   // stays failing
+    return nullptr;
+  }
+  return malloc(size);
+}
+
 class LongList : public TermListTest {
  protected:
   void SetUp() override {
     TermListTest::SetUp();
-    x = make_vars(prob, 40000);
+    x = make_vars(prob, 100000);
   }
   void TearDown() override {
     malloc_fails() = false;
@@ -97,6 +116,19 @@ class LongList : public TermListTest {
     return seen == model ? "" : "terms differ from map";
   }
 
+  // Strip with the allocator failing from its `n`-th call on (0: never);
+  // returns the number of calls made.
+  int strip_failing_from(int n) {
+    failing_from() = n;
+    malloc_calls() = 0;
+    mdlsl_malloc = fail_from_nth;
+    std::string result = strip_and_compare();
+    mdlsl_malloc = failing_malloc;
+    failing_from() = 0;
+    EXPECT_EQ(result, "");
+    return malloc_calls();
+  }
+
   // Does the run go forward through memory, node after node?
   bool run_in_address_order() const {
     for (const mdl_term *n = first_node<mdl_term>(list); n->next != nullptr; n = n->next)
@@ -104,15 +136,19 @@ class LongList : public TermListTest {
     return true;
   }
 
-  // Adds of every other variable in a shuffled order: a long run built
-  // through long tails.
-  void shuffled_adds(std::mt19937_64 &rng) {
+  // The variables of [from, to) in steps of `step`, shuffled.
+  std::vector<int> shuffled(std::mt19937_64 &rng, int from, int to, int step) {
     std::vector<int> order;
-    for (int i = 0; i < 40000; i += 2) order.push_back(i);
+    for (int i = from; i < to; i += step) order.push_back(i);
     std::shuffle(order.begin(), order.end(), rng);
-    for (int i : order) {
-      ASSERT_EQ(mdladd_term(x[i], &list, 1.0 + i), 1);
-      model[key_of(x[i])] = 1.0 + i;
+    return order;
+  }
+
+  // Adds of the variables `order[k]` for k in [from, to), mirrored.
+  void adds(const std::vector<int> &order, size_t from, size_t to, double coef) {
+    for (size_t k = from; k < to; ++k) {
+      ASSERT_EQ(mdladd_term(x[order[k]], &list, coef), 1);
+      model[key_of(x[order[k]])] += coef;
     }
   }
 
@@ -162,86 +198,83 @@ TEST_F(LongList, MergeWithoutItsTemporaryArray) {
 
 TEST_F(LongList, LongMergeLaysTheRunOutInAddressOrder) {
   std::mt19937_64 rng(41);
-  shuffled_adds(rng);
+  // 50 000 terms in random order: the run outgrows the nearest caches.
+  const std::vector<int> order = shuffled(rng, 0, 100000, 2);
+  adds(order, 0, order.size(), 1.5);
   ASSERT_EQ(strip_and_compare(), "");
   // The nodes were taken in the order of the adds, i.e. not in list order;
   // after the long merge the run walks forward through memory.
   EXPECT_TRUE(run_in_address_order());
   // Later operations see the same value as the map's.
-  ASSERT_EQ(random_ops(rng, 40000, 50000), "");
+  ASSERT_EQ(random_ops(rng, 100000, 50000), "");
   ASSERT_EQ(check_value(), "");
   ASSERT_EQ(strip_and_compare(), "");
   EXPECT_TRUE(errors.empty());
 }
 
-TEST_F(LongList, RunThatOutgrewItsRecordIsLeftAsItIs) {
-  std::mt19937_64 rng(47);
-  std::vector<int> order;
-  for (int i = 0; i < 20000; i += 2) order.push_back(i);
-  std::shuffle(order.begin(), order.end(), rng);
-  for (int i : order) {
-    ASSERT_EQ(mdladd_term(x[i], &list, 1.0 + i), 1);
-    model[key_of(x[i])] = 1.0 + i;
-  }
-  mdlstriptermlst(&list);
-  // Beyond the run's end: the run grows without a merge.
-  for (int i = 20000; i < 40000; ++i) {
-    ASSERT_EQ(mdladd_term(x[i], &list, 0.5), 1);
-    model[key_of(x[i])] = 0.5;
-  }
-  ASSERT_EQ(list->pending, 0);
-  // A long tail inside the run; its merge meets more run nodes than the
-  // record has room for.
-  order.clear();
-  for (int i = 1; i < 20000; i += 2) order.push_back(i);
-  std::shuffle(order.begin(), order.end(), rng);
-  for (size_t k = 0; k < 5000; ++k) {
-    ASSERT_EQ(mdladd_term(x[order[k]], &list, 2.0), 1);
-    model[key_of(x[order[k]])] = 2.0;
-  }
-  ASSERT_GT(list->pending, kvtl::max_pending);
+TEST_F(LongList, ShortRunIsNotLaidOut) {
+  std::mt19937_64 rng(53);
+  // 10 000 terms: long tails, but a run that the caches hold.
+  const std::vector<int> order = shuffled(rng, 0, 20000, 2);
+  adds(order, 0, order.size(), 1.5);
   ASSERT_EQ(strip_and_compare(), "");
+  EXPECT_FALSE(run_in_address_order());
+}
+
+TEST_F(LongList, LayoutWithoutItsRecordKeepsTheRunAsItIs) {
+  std::mt19937_64 rng(43);
+  const std::vector<int> order = shuffled(rng, 0, 100000, 2);
+  adds(order, 0, order.size(), 1.5);
+  ASSERT_GT(list->pending, kvtl::max_pending);
+  // The merge gets its array (first call), the run's record does not
+  // (second).
+  EXPECT_EQ(strip_failing_from(2), 2);
   EXPECT_FALSE(run_in_address_order());
   EXPECT_TRUE(errors.empty());
 }
 
-// The allocator fails from the `n`-th call on while armed (1: the first).
-int &failing_from() {
-  static int n = 0;
-  return n;
-}
-void *fail_from_nth(size_t size) {
-  if (failing_from() > 0 && --failing_from() == 0) {
-    failing_from() = 1;   // stays failing
-    return nullptr;
+TEST_F(LongList, RecordThatCannotGrowLeavesTheRunAsItIs) {
+  std::mt19937_64 rng(47);
+  const std::vector<int> evens = shuffled(rng, 0, 60000, 2);
+  adds(evens, 0, evens.size(), 1.5);
+  mdlstriptermlst(&list);
+  // Beyond the run's end: the run grows to 70 000 without a merge, so it
+  // is much longer than the record's first estimate.
+  for (int i = 60000; i < 100000; ++i) {
+    ASSERT_EQ(mdladd_term(x[i], &list, 0.5), 1);
+    model[key_of(x[i])] = 0.5;
   }
-  return malloc(size);
+  ASSERT_EQ(list->pending, 0);
+  // A long tail inside the run, long enough for the merge to record.
+  const size_t run_before = (static_cast<size_t>(list->room) + 1) * 128;
+  ASSERT_LT(run_before, kvtl::layout_run);
+  const size_t tail = kvtl::layout_run - run_before + 100;
+  ASSERT_LE(tail, static_cast<size_t>(kvtl::tail_limit(list)));
+  const std::vector<int> odds = shuffled(rng, 1, 60000, 2);
+  ASSERT_LE(tail, odds.size());
+  adds(odds, 0, tail, 2.0);
+  // Array (first call), record (second), its growth fails (third).
+  EXPECT_EQ(strip_failing_from(3), 3);
+  EXPECT_FALSE(run_in_address_order());
+  EXPECT_TRUE(errors.empty());
 }
 
-TEST_F(LongList, LayoutWithoutItsArrayKeepsTheRunAsItIs) {
-  std::mt19937_64 rng(43);
-  std::vector<int> order;
-  for (int i = 0; i < 40000; i += 2) order.push_back(i);
-  std::shuffle(order.begin(), order.end(), rng);
-  // Everything but the last few thousand adds, then a long tail.
-  for (size_t k = 0; k + 6000 < order.size(); ++k) {
-    ASSERT_EQ(mdladd_term(x[order[k]], &list, 1.0 + order[k]), 1);
-    model[key_of(x[order[k]])] = 1.0 + order[k];
-  }
+TEST_F(LongList, RecordGrowsWithTheRun) {
+  std::mt19937_64 rng(59);
+  const std::vector<int> evens = shuffled(rng, 0, 60000, 2);
+  adds(evens, 0, evens.size(), 1.5);
   mdlstriptermlst(&list);
-  for (size_t k = order.size() - 6000; k < order.size(); ++k) {
-    ASSERT_EQ(mdladd_term(x[order[k]], &list, 1.0 + order[k]), 1);
-    model[key_of(x[order[k]])] = 1.0 + order[k];
+  for (int i = 60000; i < 100000; ++i) {
+    ASSERT_EQ(mdladd_term(x[i], &list, 0.5), 1);
+    model[key_of(x[i])] = 0.5;
   }
-  ASSERT_GT(list->pending, kvtl::max_pending);
-  // The merge gets its array (first call), the run's record does not
-  // (second).
-  failing_from() = 2;
-  mdlsl_malloc = fail_from_nth;
-  ASSERT_EQ(strip_and_compare(), "");
-  mdlsl_malloc = failing_malloc;
-  failing_from() = 0;
-  EXPECT_FALSE(run_in_address_order());
+  const size_t run_before = (static_cast<size_t>(list->room) + 1) * 128;
+  const size_t tail = kvtl::layout_run - run_before + 100;
+  const std::vector<int> odds = shuffled(rng, 1, 60000, 2);
+  adds(odds, 0, tail, 2.0);
+  // Array, record, and at least one growth, all given.
+  EXPECT_GE(strip_failing_from(0), 3);
+  EXPECT_TRUE(run_in_address_order());
   EXPECT_TRUE(errors.empty());
 }
 
