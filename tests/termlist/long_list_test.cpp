@@ -152,6 +152,27 @@ class LongList : public TermListTest {
     }
   }
 
+  // A run that grows beyond its end to 70 000 nodes without a merge, then
+  // a tail inside it just long enough for its merge to be recorded: the
+  // run is much longer than the record's first estimate.
+  void outgrow_the_estimate(std::mt19937_64 &rng) {
+    const std::vector<int> evens = shuffled(rng, 0, 60000, 2);
+    adds(evens, 0, evens.size(), 1.5);
+    mdlstriptermlst(&list);
+    for (int i = 60000; i < 100000; ++i) {
+      ASSERT_EQ(mdladd_term(x[i], &list, 0.5), 1);
+      model[key_of(x[i])] = 0.5;
+    }
+    ASSERT_EQ(list->pending, 0);
+    const size_t run_before = (static_cast<size_t>(list->room) + 1) * 128;
+    ASSERT_LT(run_before, kvtl::layout_run);
+    const size_t tail = kvtl::layout_run - run_before + 100;
+    ASSERT_LE(tail, static_cast<size_t>(kvtl::tail_limit(list)));
+    const std::vector<int> odds = shuffled(rng, 1, 60000, 2);
+    ASSERT_LE(tail, odds.size());
+    adds(odds, 0, tail, 2.0);
+  }
+
   std::vector<MDLvar> x;
   MDLtermlst list = nullptr;
   value_map<mdl_term> model;
@@ -235,24 +256,7 @@ TEST_F(LongList, LayoutWithoutItsRecordKeepsTheRunAsItIs) {
 
 TEST_F(LongList, RecordThatCannotGrowLeavesTheRunAsItIs) {
   std::mt19937_64 rng(47);
-  const std::vector<int> evens = shuffled(rng, 0, 60000, 2);
-  adds(evens, 0, evens.size(), 1.5);
-  mdlstriptermlst(&list);
-  // Beyond the run's end: the run grows to 70 000 without a merge, so it
-  // is much longer than the record's first estimate.
-  for (int i = 60000; i < 100000; ++i) {
-    ASSERT_EQ(mdladd_term(x[i], &list, 0.5), 1);
-    model[key_of(x[i])] = 0.5;
-  }
-  ASSERT_EQ(list->pending, 0);
-  // A long tail inside the run, long enough for the merge to record.
-  const size_t run_before = (static_cast<size_t>(list->room) + 1) * 128;
-  ASSERT_LT(run_before, kvtl::layout_run);
-  const size_t tail = kvtl::layout_run - run_before + 100;
-  ASSERT_LE(tail, static_cast<size_t>(kvtl::tail_limit(list)));
-  const std::vector<int> odds = shuffled(rng, 1, 60000, 2);
-  ASSERT_LE(tail, odds.size());
-  adds(odds, 0, tail, 2.0);
+  outgrow_the_estimate(rng);
   // Array (first call), record (second), its growth fails (third).
   EXPECT_EQ(strip_failing_from(3), 3);
   EXPECT_FALSE(run_in_address_order());
@@ -261,17 +265,7 @@ TEST_F(LongList, RecordThatCannotGrowLeavesTheRunAsItIs) {
 
 TEST_F(LongList, RecordGrowsWithTheRun) {
   std::mt19937_64 rng(59);
-  const std::vector<int> evens = shuffled(rng, 0, 60000, 2);
-  adds(evens, 0, evens.size(), 1.5);
-  mdlstriptermlst(&list);
-  for (int i = 60000; i < 100000; ++i) {
-    ASSERT_EQ(mdladd_term(x[i], &list, 0.5), 1);
-    model[key_of(x[i])] = 0.5;
-  }
-  const size_t run_before = (static_cast<size_t>(list->room) + 1) * 128;
-  const size_t tail = kvtl::layout_run - run_before + 100;
-  const std::vector<int> odds = shuffled(rng, 1, 60000, 2);
-  adds(odds, 0, tail, 2.0);
+  outgrow_the_estimate(rng);
   // Array, record, and at least one growth, all given.
   EXPECT_GE(strip_failing_from(0), 3);
   EXPECT_TRUE(run_in_address_order());
