@@ -22,6 +22,24 @@ class MipStartTest : public LoggedEngineTest {
   }
 };
 
+// The start's value is the search's cutoff from the root on: a start at
+// the optimum of a relaxation that is integral at once leaves the search
+// nothing to find, and the start is the optimum.
+TEST_F(MipStartTest, StartAtTheRelaxationsOptimumIsTheOptimum) {
+  dense_model d{"LL", {3, 5}, {}, {-1, -1}, {0, 0}, {5, 5}, {{1, 0}, {1, 1}}};
+  ASSERT_EQ(load_global(p, d, "II", {0, 1}), 0);
+  double val[] = {3, 2};
+  int col[] = {0, 1};
+  ASSERT_EQ(KVSLaddmipsol(p, 2, val, col, "best"), 0);
+  ASSERT_EQ(KVSLmipoptimize(p, ""), 0);
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
+  EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), -5, 1e-9);
+  std::vector<double> x(2);
+  ASSERT_EQ(KVSLgetmipsol(p, x.data(), nullptr), 0);
+  EXPECT_NEAR(x[0] + x[1], 5, 1e-9);
+  EXPECT_LE(x[0], 3 + 1e-9);
+}
+
 TEST_F(MipStartTest, FullStartIsTheIncumbentBeforeTheSearch) {
   small();
   double val[] = {2, 1};
