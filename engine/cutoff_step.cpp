@@ -41,4 +41,12 @@ void hold_cutoff_increment(CbcModel &model) {
   model.passInEventHandler(&hold);
 }
 
+bool objective_has_step(CbcModel &model) {
+  const double before = model.getCutoffIncrement();
+  model.analyzeObjective();
+  const double step = model.getCutoffIncrement();
+  model.setCutoffIncrement(before);
+  return step > before;
+}
+
 }  // namespace kvsl

@@ -14,6 +14,10 @@ namespace kvsl {
 // on to the handler installed before.  Call last before the search.
 void hold_cutoff_increment(CbcModel &model);
 
+// Does Cbc derive from the model's objective a cutoff step above the
+// present one?  The model's step is left as it was.
+bool objective_has_step(CbcModel &model);
+
 }  // namespace kvsl
 
 #endif

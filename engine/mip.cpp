@@ -236,8 +236,11 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   // The engine's objects branch to fractional bounds (a semi-continuous
   // column's limit), which Cbc's objective step does not allow for.  The
   // hold acts on the model from the event handler, which threads would
-  // share: a threaded search keeps Cbc's step.
-  if (objects && model.getNumberThreads() <= 1) hold_cutoff_increment(model);
+  // share: a search whose objective has such a step keeps to one thread.
+  if (objects) {
+    if (model.getNumberThreads() > 1 && objective_has_step(model)) model.setNumberThreads(0);
+    if (model.getNumberThreads() <= 1) hold_cutoff_increment(model);
+  }
   model.branchAndBound();
   prob->nodes += model.getNodeCount();
   prob->iterations += model.getIterationCount();

@@ -290,3 +290,14 @@ TEST_F(MipRegression, SemiContinuousInAnEqualityWithAContinuousColumn) {
   EXPECT_NEAR(x[1], 2.5, 1e-9);
   EXPECT_EQ(x[4], 1.0);
 }
+
+// The same model searched with two threads asked for.
+TEST_F(MipRegression, SemiContinuousInAnEqualityOnTwoThreads) {
+  dense_model m{"E", {11}, {}, {0, -5, -6, -5, 2}, {1, 0, 0, 0, 0},
+                {10, 3, KVSL_INFINITY, 5, 2}, {{1, 1, 0, 0, -1}}};
+  ASSERT_EQ(load_global(p, m, "SSRR", {1, 2, 3, 4}, {2.5, 4, 1, 1}), 0);
+  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, 2), 0);
+  auto x = optimum(-1, -10.5);
+  EXPECT_NEAR(x[1], 2.5, 1e-9);
+  EXPECT_EQ(x[4], 1.0);
+}
