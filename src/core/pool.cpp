@@ -28,12 +28,6 @@ MDLcbmem free_hook(const pool_header &pool) {
 
 char *data_start(pool_block *b) { return reinterpret_cast<char *>(b) + block_head_size; }
 
-// Free-list index of a request size, or freelist_count when none applies.
-size_t freelist_index(size_t size) {
-  size_t k = size / 4 - 2;   // wraps for sizes below 8
-  return k < freelist_count ? k : freelist_count;
-}
-
 pool_block *new_block(pool_header &pool, MDLprob prob, size_t bytes) {
   auto *b = static_cast<pool_block *>(mdlsl_malloc(bytes));
   if (b == nullptr) {
@@ -67,23 +61,6 @@ pool_header &pool_of(MDLprob prob, bool &lock) {
   }
   lock = asyncfree != 0;
   return *prob->pool;
-}
-
-// A chunk bumped from the current block when no free-list chunk of its
-// size is waiting and the block has room (alignment included); null
-// otherwise, with nothing changed.  The first step of pool_alloc, and the
-// whole of mdlallocmem's path without the lock.
-inline void *bump_only(pool_header &pool, size_t size) {
-  if (pool.first == nullptr) return nullptr;
-  const size_t k = freelist_index(size);
-  if (k < freelist_count && pool.freelists[k] != nullptr) return nullptr;
-  pool_block *b = pool.current;
-  char *chunk = b->cursor;
-  if (size % 8 == 0 && reinterpret_cast<uintptr_t>(chunk) % 8 != 0) chunk += 4;
-  if (!(chunk + size < b->end)) return nullptr;
-  b->cursor = chunk + size;
-  pool.live++;
-  return chunk;
 }
 
 }  // namespace

@@ -39,6 +39,30 @@ struct pool_header {
 // The library-wide pool used for allocations without a problem.
 pool_header &global_pool();
 
+// Free-list index of a request size, or freelist_count when none applies.
+inline size_t freelist_index(size_t size) {
+  size_t k = size / 4 - 2;   // wraps for sizes below 8
+  return k < freelist_count ? k : freelist_count;
+}
+
+// A chunk bumped from the current block when no free-list chunk of its
+// size is waiting and the block has room (alignment included); null
+// otherwise, with nothing changed.  The first step of every allocation.
+inline void *bump_only(pool_header &pool, size_t size) {
+  if (pool.first == nullptr) return nullptr;
+  const size_t k = freelist_index(size);
+  if (k < freelist_count && pool.freelists[k] != nullptr) return nullptr;
+  pool_block *b = pool.current;
+  char *chunk = b->cursor;
+  // Cursors are multiples of 4: a chunk of a multiple of 8 bytes moves on
+  // by 4 to an 8-byte boundary.
+  if (size % 8 == 0 && reinterpret_cast<uintptr_t>(chunk) % 8 != 0) chunk += 4;
+  if (!(chunk + size < b->end)) return nullptr;
+  b->cursor = chunk + size;
+  pool.live++;
+  return chunk;
+}
+
 // Allocation and give-back on an explicit pool; `prob` is only used to
 // report a failure and `lock` says whether the pool's mutex is taken.
 void *pool_alloc(pool_header &pool, MDLprob prob, size_t size, bool lock);

@@ -13,6 +13,7 @@
 #include <utility>
 
 #include "model/records.h"
+#include "problem/problem.h"
 
 namespace kvtl {
 
@@ -45,7 +46,7 @@ MDLprob list_problem(const mdl_termlst *l) { return problem_of(*first_of<Node>(l
 // A node holding the term of `proto`, unlinked; null when the pool fails.
 template <class Node>
 Node *new_node(MDLprob prob, const Node &proto) {
-  auto *n = static_cast<Node *>(mdlallocmem(prob, sizeof(Node), 0));
+  auto *n = problem_chunk<Node, false>(prob);
   if (n != nullptr) {
     *n = proto;
     n->next = nullptr;
@@ -183,22 +184,88 @@ struct sort_entry {
   Node *node;
 };
 
+// The nodes of a long linear run in list order as a merge meets them, with
+// their terms, for lay_out_run.  The arrays come from the allocator hook
+// and double when full; when they cannot be had the record is `lost` and
+// the run is not laid out.
+class run_record {
+ public:
+  struct term_copy {
+    double coef;
+    mdl_var *var;
+  };
+
+  explicit run_record(size_t capacity) { lost_ = !grow(capacity); }
+  ~run_record() { mdlsl_free(block_); }
+  run_record(const run_record &) = delete;
+  run_record &operator=(const run_record &) = delete;
+
+  void add(const mdl_term *t) {
+    if (lost_) return;
+    if (count_ == capacity_ && !grow(2 * capacity_)) {
+      lost_ = true;
+      return;
+    }
+    terms_[count_] = {t->coef, t->var};
+    nodes_[count_++] = reinterpret_cast<uintptr_t>(t);
+  }
+  bool complete() const { return !lost_; }
+  size_t count() const { return count_; }
+  const term_copy *terms() const { return terms_; }
+  // The node addresses, followed by as many spare slots for their sort.
+  uintptr_t *nodes() { return nodes_; }
+  uintptr_t *spare() { return nodes_ + capacity_; }
+
+ private:
+  // Room for `capacity` nodes, keeping those recorded; false when the
+  // block cannot be had (the old one is kept).
+  bool grow(size_t capacity) {
+    void *block = mdlsl_malloc(capacity * (sizeof(term_copy) + 2 * sizeof(uintptr_t)));
+    if (block == nullptr) return false;
+    auto *terms = static_cast<term_copy *>(block);
+    auto *nodes = reinterpret_cast<uintptr_t *>(terms + capacity);
+    std::copy(terms_, terms_ + count_, terms);
+    std::copy(nodes_, nodes_ + count_, nodes);
+    mdlsl_free(block_);
+    block_ = block;
+    terms_ = terms;
+    nodes_ = nodes;
+    capacity_ = capacity;
+    return true;
+  }
+
+  void *block_ = nullptr;
+  term_copy *terms_ = nullptr;
+  uintptr_t *nodes_ = nullptr;
+  size_t capacity_ = 0, count_ = 0;
+  bool lost_ = false;
+};
+
+// Record a node of a merge that records (linear lists only); the other
+// merges are compiled without it.
+template <bool recording, class Node>
+void record_node(run_record *rec, const Node *n) {
+  if constexpr (recording && std::is_same_v<Node, mdl_term>) rec->add(n);
+}
+
 // Merge `n` entries, sorted by variable and insertion number, into the run.
 // Operations on one variable are applied in the order they were made,
 // starting from the run's coefficient, so the result is bit for bit that of
 // applying them one by one.  Nodes of consumed entries go back to the pool;
 // one of them is reused when a term is new to the run, so the merge never
 // allocates.  With `count`, returns the number of nodes of the run after the
-// merge (walking it to its end), else 0.
-template <class Node>
+// merge (walking it to its end), else 0; when `recording` (with `count`),
+// `rec` gets every node of the run in list order.
+template <class Node, bool recording = false>
 long merge_entries(mdl_termlst *l, MDLprob prob, const sort_entry<Node> *entries, int n,
-                   bool count) {
+                   bool count, run_record *rec = nullptr) {
   long before = 0;   // run nodes before `cur`
   Node *prev = nullptr;
   Node *cur = first_of<Node>(l);
   for (int i = 0; i < n;) {
     const auto key = entries[i].key;
     while (cur != nullptr && key_of(*cur) < key) {
+      record_node<recording>(rec, cur);
       prev = cur;
       cur = cur->next;
       ++before;
@@ -225,6 +292,7 @@ long merge_entries(mdl_termlst *l, MDLprob prob, const sort_entry<Node> *entries
       keep->next = cur;
       if (prev != nullptr) prev->next = keep; else l->first = keep;
       if (cur == nullptr) l->last = keep;
+      record_node<recording>(rec, keep);
       prev = keep;
       ++before;
       first_free = i + 1;
@@ -233,32 +301,80 @@ long merge_entries(mdl_termlst *l, MDLprob prob, const sort_entry<Node> *entries
     i = end;
   }
   if (!count) return 0;
-  for (; cur != nullptr; cur = cur->next) ++before;
+  for (; cur != nullptr; cur = cur->next) {
+    record_node<recording>(rec, cur);
+    ++before;
+  }
   return before;
 }
 
-// Sort the entries of a long linear tail by variable, keeping insertion
-// order among equal variables: a stable radix sort on the variables'
-// addresses relative to the smallest, 11 bits a pass, which for a tail of
-// many thousand nodes is several times quicker than a comparison sort.
-// `spare` holds `n` entries.
-void radix_sort(sort_entry<mdl_term> *entries, sort_entry<mdl_term> *spare, int n) {
+// Stable LSD radix sort of `n` items by an address-sized key, 11 bits a
+// pass over the bits in which some key differs from the smallest (usually
+// two passes); for many thousand items several times quicker than a
+// comparison sort.  `spare` holds `n` items; the result is left in `items`.
+template <class T, class Key>
+void radix_sort(T *items, T *spare, size_t n, Key key) {
   constexpr int digit_bits = 11;
   constexpr size_t digits = size_t{1} << digit_bits;
   uintptr_t lo = UINTPTR_MAX;
-  for (int i = 0; i < n; ++i) lo = std::min(lo, entries[i].key);
+  for (size_t i = 0; i < n; ++i) lo = std::min(lo, key(items[i]));
   uintptr_t varying = 0;   // bits in which some key differs from the smallest
-  for (int i = 0; i < n; ++i) varying |= entries[i].key - lo;
-  sort_entry<mdl_term> *src = entries, *dst = spare;
+  for (size_t i = 0; i < n; ++i) varying |= key(items[i]) - lo;
+  T *src = items, *dst = spare;
   int shift = varying == 0 ? 64 : std::countr_zero(varying);
   for (; shift < 64 && (varying >> shift) != 0; shift += digit_bits) {
     size_t start[digits + 1] = {};
-    for (int i = 0; i < n; ++i) ++start[((src[i].key - lo) >> shift & (digits - 1)) + 1];
+    for (size_t i = 0; i < n; ++i) ++start[((key(src[i]) - lo) >> shift & (digits - 1)) + 1];
     for (size_t d = 1; d <= digits; ++d) start[d] += start[d - 1];
-    for (int i = 0; i < n; ++i) dst[start[(src[i].key - lo) >> shift & (digits - 1)]++] = src[i];
+    for (size_t i = 0; i < n; ++i) dst[start[(key(src[i]) - lo) >> shift & (digits - 1)]++] = src[i];
     std::swap(src, dst);
   }
-  if (src != entries) std::copy(src, src + n, entries);
+  if (src != items) std::copy(src, src + n, items);
+}
+
+// Sort the entries of a long linear tail by variable, keeping insertion
+// order among equal variables (the sort is stable).
+void sort_by_variable(sort_entry<mdl_term> *entries, sort_entry<mdl_term> *spare, int n) {
+  radix_sort(entries, spare, static_cast<size_t>(n),
+             [](const sort_entry<mdl_term> &e) { return e.key; });
+}
+
+// Lay a long linear run out in address order: the run's terms are moved,
+// in list order, into its own nodes taken in ascending address order, and
+// relinked.  The list's value and order stay as they were; only which node
+// holds which term changes, so that later walks of the run (merges, reads,
+// the release of the list) go forward through memory instead of jumping to
+// wherever each node was allocated.  `rec` holds the whole run, recorded
+// by the merge that made it; an incomplete record leaves it as it is.
+void lay_out_run(mdl_termlst *l, run_record &rec) {
+  const size_t count = rec.count();
+  if (!rec.complete() || count == 0) return;
+  uintptr_t *node = rec.nodes();
+  radix_sort(node, rec.spare(), count, [](uintptr_t a) { return a; });
+  const run_record::term_copy *terms = rec.terms();
+  mdl_term *tail = last_of<mdl_term>(l)->next;
+  for (size_t i = 0; i < count; ++i) {
+    auto *t = reinterpret_cast<mdl_term *>(node[i]);
+    t->coef = terms[i].coef;
+    t->var = terms[i].var;
+    t->next = i + 1 < count ? reinterpret_cast<mdl_term *>(node[i + 1]) : tail;
+  }
+  l->first = reinterpret_cast<mdl_term *>(node[0]);
+  l->last = reinterpret_cast<mdl_term *>(node[count - 1]);
+}
+
+// Merge a whole linear tail of `n` sorted entries into the run, recording
+// the run it makes, then lay that run out; returns the run's length.  The
+// record starts with a quarter more room than `run_before`, the run of the
+// last resize, plus the entries.  Kept apart from sort_list so that the
+// short merges do not carry it.
+[[gnu::noinline]] long merge_laying_out(mdl_termlst *l, MDLprob prob,
+                                       const sort_entry<mdl_term> *entries, int n,
+                                       size_t run_before) {
+  run_record record(run_before + run_before / 4 + static_cast<size_t>(n));
+  const long run = merge_entries<mdl_term, true>(l, prob, entries, n, true, &record);
+  if (l->first != nullptr) lay_out_run(l, record);
+  return run;
 }
 
 // Merge the pending tail into the run, in batches of the oldest operations
@@ -288,23 +404,46 @@ int sort_list(mdl_termlst **lp, bool resize = false) {
       capacity = l->pending;
     }
   }
-  // The tail runs newest first: turn it round.
+  // The tail runs newest first.  When it fits the array in one batch it is
+  // read once, filling the array from its end; batches must start with the
+  // oldest operations, so then the tail is turned round first.
   Node *oldest = nullptr;
-  while (tail != nullptr) {
-    Node *next = tail->next;
-    tail->next = oldest;
-    oldest = tail;
-    tail = next;
+  int filled = 0;
+  if (l->pending <= capacity) {
+    for (int k = l->pending; tail != nullptr && k > 0; tail = tail->next) {
+      --k;
+      entries[k] = {key_of(*tail), k, tail};
+      ++filled;
+    }
+  } else {
+    while (tail != nullptr) {
+      Node *next = tail->next;
+      tail->next = oldest;
+      oldest = tail;
+      tail = next;
+    }
+  }
+  // A long linear tail merged in one batch into a run too long for the
+  // caches is laid out after the merge (shorter runs are walked quickly
+  // wherever their nodes lie, and would pay for the record's memory).  The
+  // run's length is not kept: the run of the last resize plus every
+  // pending node estimates it.
+  bool lay_out = false;
+  size_t run_before = 0;
+  if constexpr (radix) {
+    run_before = (static_cast<size_t>(l->room) + 1) * 128;
+    lay_out = entries != stack && run_before + static_cast<size_t>(l->pending) >= layout_run;
   }
   long run = 0;
-  while (oldest != nullptr) {
-    int n = 0;
+  while (filled > 0 || oldest != nullptr) {
+    int n = filled;
+    filled = 0;
     for (; oldest != nullptr && n < capacity; oldest = oldest->next, ++n)
       entries[n] = {key_of(*oldest), n, oldest};
     bool sorted = false;
     if constexpr (radix) {
       if (entries != stack) {
-        radix_sort(entries, entries + capacity, n);
+        sort_by_variable(entries, entries + capacity, n);
         sorted = true;
       }
     }
@@ -312,6 +451,12 @@ int sort_list(mdl_termlst **lp, bool resize = false) {
       std::sort(entries, entries + n, [](const sort_entry<Node> &a, const sort_entry<Node> &b) {
         return a.key < b.key || (a.key == b.key && a.order < b.order);
       });
+    if constexpr (radix) {
+      if (lay_out) {
+        run = merge_laying_out(l, prob, entries, n, run_before);
+        continue;
+      }
+    }
     run = merge_entries<Node>(l, prob, entries, n, resize && oldest == nullptr);
   }
   if (entries != stack) mdlsl_free(entries);
@@ -607,7 +752,7 @@ mdl_qterm ordered_pair(MDLvar v1, MDLvar v2, double coef) {
 }  // namespace
 
 mdl_termlst *new_termlst(MDLprob prob) {
-  auto *l = static_cast<mdl_termlst *>(mdlallocmem(prob, sizeof(mdl_termlst), 1));
+  auto *l = problem_chunk<mdl_termlst, true>(prob);
   if (l != nullptr) mdlinrcprob(prob);
   return l;
 }

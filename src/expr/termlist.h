@@ -20,6 +20,11 @@ constexpr int max_pending_before_set = 254;
 // of a walk of the whole run every 255 operations.
 constexpr int long_run = 4096;
 
+// A run of about this many nodes (768 KiB of them, beyond what the nearest
+// caches hold) is laid out in address order after a long tail is merged
+// into it, so that walking it reads memory forward.
+constexpr size_t layout_run = 32768;
+
 // The number of nodes the tail of `list` may hold (add-term).
 inline int tail_limit(const mdl_termlst *list) {
   return list->room == 0 ? max_pending : static_cast<int>(list->room) * 256;

@@ -158,7 +158,7 @@ KVTL_API MDLctr mdlnewctr_prob(MDLprob prob, const char *name, int type) {
     mdlerror(prob, MDL_E_CTRTYPE, "newctr", name != nullptr ? name : "");
     return nullptr;
   }
-  auto *ctr = static_cast<MDLctr>(mdlallocmem(prob, sizeof(mdl_ctr), 1));
+  auto *ctr = problem_chunk<mdl_ctr, true>(prob);
   if (ctr == nullptr) return nullptr;
   bool ok;
   ctr->name = register_name(prob, name, "CTR", MDL_KIND_CTR, ctr, ok);

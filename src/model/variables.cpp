@@ -89,7 +89,7 @@ KVTL_API MDLvar mdlnewvar_prob(MDLprob prob, const char *name, int type, double 
     mdlerror(prob, MDL_E_VARTYPE, "newvar", shown);
     return nullptr;
   }
-  auto *var = static_cast<mdl_var *>(mdlallocmem(prob, sizeof(mdl_var), 1));
+  auto *var = problem_chunk<mdl_var, true>(prob);
   if (var == nullptr) return nullptr;
   var->column = no_number;
   if (prob->dictsize >= 1) {

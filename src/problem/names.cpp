@@ -202,7 +202,7 @@ KVTL_API mdl_dict_entry *mdlfindname(MDLprob prob, const char *name, int flags) 
     for (mdl_dict_entry *e = first; e != nullptr; e = e->samename)
       if (entry_kind(e) == kind) return e;
     if (lookup_only) return nullptr;
-    auto *e = static_cast<mdl_dict_entry *>(mdlallocmem(prob, sizeof(mdl_dict_entry), 1));
+    auto *e = problem_chunk<mdl_dict_entry, true>(prob);
     if (e == nullptr) return nullptr;
     e->word = kind;
     e->hash = hash;
@@ -217,7 +217,7 @@ KVTL_API mdl_dict_entry *mdlfindname(MDLprob prob, const char *name, int flags) 
     if (!grow_dictionary(prob)) return nullptr;
     b = hash & static_cast<uint32_t>(prob->dictsize - 1);
   }
-  auto *e = static_cast<mdl_dict_entry *>(mdlallocmem(prob, sizeof(mdl_dict_entry), 1));
+  auto *e = problem_chunk<mdl_dict_entry, true>(prob);
   if (e == nullptr) return nullptr;
   char *copy = copy_name(prob, name);
   if (copy == nullptr) {
@@ -304,7 +304,7 @@ KVTL_API mdl_entity_entry *mdladdtodel(MDLprob prob, int kind, void *entity) {
     mdlerror(nullptr, MDL_E_NOPROB, "addtodel");
     return nullptr;
   }
-  auto *e = static_cast<mdl_entity_entry *>(mdlallocmem(prob, sizeof(mdl_entity_entry), 1));
+  auto *e = problem_chunk<mdl_entity_entry, true>(prob);
   if (e == nullptr) return nullptr;
   e->kind = static_cast<uint32_t>(kind) & kind_mask;
   e->entity = entity;

@@ -7,8 +7,10 @@
 
 #include <pthread.h>
 #include <stdint.h>
+#include <string.h>
 
 #include "core/pool.h"
+#include "core/runtime.h"
 #include "kvtl.h"
 #include "model/records.h"
 #include "kvsl.h"
@@ -86,6 +88,21 @@ namespace kvtl {
 // Release a term list held by a record of a problem being deleted and
 // clear the reference (a null reference is left alone).
 void drop_termlst(mdl_termlst **list);
+
+// mdlallocmem(prob, sizeof(T), zero) for a problem: its common case (no
+// lock, no recycled chunk of the size waiting, room in the block) inline,
+// zeroing a size known here; every other case through mdlallocmem itself.
+// The pool ends the same either way.
+template <class T, bool zero>
+inline T *problem_chunk(MDLprob prob) {
+  if (asyncfree == 0) {
+    if (void *p = bump_only(*prob->pool, sizeof(T))) {
+      if constexpr (zero) memset(p, 0, sizeof(T));
+      return static_cast<T *>(p);
+    }
+  }
+  return static_cast<T *>(mdlallocmem(prob, sizeof(T), zero ? 1 : 0));
+}
 }  // namespace kvtl
 
 #endif

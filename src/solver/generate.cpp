@@ -27,6 +27,28 @@ void for_each_term(mdl_termlst *list, F &&visit) {
   for (auto *t = static_cast<mdl_term *>(list->first); t != nullptr; t = t->next) visit(*t);
 }
 
+// for_each_term that also fetches the variable record of the term
+// `distance` nodes ahead while the current one is visited: the nodes of one
+// constraint lie together in the pool, its variables anywhere.
+template <class F>
+void for_each_term_fetching_vars(mdl_termlst *list, F &&visit) {
+  if (list == nullptr) return;
+  constexpr int distance = 8;
+  auto *first = static_cast<mdl_term *>(list->first);
+  mdl_term *ahead = first;
+  for (int k = 0; k < distance && ahead != nullptr; ++k) {
+    __builtin_prefetch(ahead->var);
+    ahead = ahead->next;
+  }
+  for (mdl_term *t = first; t != nullptr; t = t->next) {
+    if (ahead != nullptr) {
+      __builtin_prefetch(ahead->var);
+      ahead = ahead->next;
+    }
+    visit(*t);
+  }
+}
+
 template <class F>
 void for_each_qterm(mdl_termlst *list, F &&visit) {
   if (list == nullptr) return;
@@ -232,7 +254,7 @@ bool generator::number_constraints() {
     mdlstriptermlst(&c->expr.lin);
     mdlstripqtermlst(&c->expr.quad);
     int nlin = 0, nquad = 0;
-    for_each_term(c->expr.lin, [&](mdl_term &t) {
+    for_each_term_fetching_vars(c->expr.lin, [&](mdl_term &t) {
       if (t.coef == 0) return;
       ++nlin;
       if (enter_var(t.var, !incvars) && !incvars && !serials_.push(t.var->serial)) nomem_ = true;

@@ -128,4 +128,24 @@ class EngineTest : public ::testing::Test {
   KVSLprob p = nullptr;
 };
 
+// An engine test that keeps every line the engine logs.
+class LoggedEngineTest : public EngineTest {
+ protected:
+  void SetUp() override {
+    EngineTest::SetUp();
+    ASSERT_EQ(KVSLsetcbmessage(p, collect, &lines), 0);
+  }
+  static void collect(KVSLprob, void *user, const char *text, int len, int) {
+    if (text != nullptr) static_cast<std::vector<std::string> *>(user)->emplace_back(text, len);
+  }
+  // The lines that contain s.
+  std::vector<std::string> with(const std::string &s) const {
+    std::vector<std::string> out;
+    for (const auto &l : lines)
+      if (l.find(s) != std::string::npos) out.push_back(l);
+    return out;
+  }
+  std::vector<std::string> lines;
+};
+
 #endif

@@ -92,6 +92,8 @@ TEST_F(MipOracle, PartialIntegerStaysAboveItsLimitWhenChecked) { EXPECT_EQ(check
 TEST_F(MipOracle, SemiContinuousWithoutRoundingCuts) { EXPECT_EQ(check(101311, k_semicont), ""); }
 TEST_F(MipOracle, SemiContinuousWithoutStrongBranching) { EXPECT_EQ(check(100041, k_semicont), ""); }
 TEST_F(MipOracle, IntegerModelWithoutPreprocessing) { EXPECT_EQ(check(506, k_integer), ""); }
+// Probing's stand-in bounds of +-1e20 on free columns made rounding cut
+// off the optimum.
 TEST_F(MipOracle, IntegerModelWithoutRoundingCuts) { EXPECT_EQ(check(343, k_integer), ""); }
 TEST_F(MipOracle, UnboundedModelCalledInfeasibleByTheSimplex) { EXPECT_EQ(check(101, k_integer), ""); }
 TEST_F(MipOracle, EmptyInfeasibleRowWithoutEntities) { EXPECT_EQ(check(296, k_integer), ""); }
@@ -110,6 +112,12 @@ TEST_F(MipOracle, SosTwoInfeasibleWithUnboundedRelaxation) {
 // infeasible.
 TEST_F(MipOracle, MixedEntitiesWithoutFlowCovers) { EXPECT_EQ(check(17009501, 0xFF), ""); }
 TEST_F(MipOracle, MixedEntitiesWithoutFlowCoversAgain) { EXPECT_EQ(check(17011982, 0xFF), ""); }
+
+// Rounding took free rows for rows bounded at zero.
+TEST_F(MipOracle, RoundingCutsBesideFreeRows) {
+  EXPECT_EQ(check(808, k_integer), "");
+  EXPECT_EQ(check(501143, k_indicator), "");
+}
 
 // Many more of every kind: make test-slow.
 TEST_F(MipOracle, DISABLED_ManyMore) {

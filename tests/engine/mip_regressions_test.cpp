@@ -274,3 +274,30 @@ TEST_F(MipRegression, ContinuousColumnWithoutUpperBound) {
   EXPECT_EQ(x[0], 1.0);
   EXPECT_NEAR(x[1], 4.0, 1e-9);
 }
+
+// max -5x1 - 6x2 - 5x3 + 2x4, x0 + x1 - x4 = 11, x0 in [1, 10], x1
+// semi-continuous in [0, 3] with limit 2.5, x2 semi-continuous from 4, x3
+// and x4 semi-continuous integers from 1 within [0, 5] and [0, 2]: x0 =
+// 9.5, x1 = 2.5, x4 = 1 (-10.5).  The search took the objective for a
+// multiple of 1 and pruned that solution once it held x1 = 3, x4 = 2
+// (-11).  Found by the randomized test (semi-continuous model 102305, there
+// with a free row beside, without which it fails).
+TEST_F(MipRegression, SemiContinuousInAnEqualityWithAContinuousColumn) {
+  dense_model m{"E", {11}, {}, {0, -5, -6, -5, 2}, {1, 0, 0, 0, 0},
+                {10, 3, KVSL_INFINITY, 5, 2}, {{1, 1, 0, 0, -1}}};
+  ASSERT_EQ(load_global(p, m, "SSRR", {1, 2, 3, 4}, {2.5, 4, 1, 1}), 0);
+  auto x = optimum(-1, -10.5);
+  EXPECT_NEAR(x[1], 2.5, 1e-9);
+  EXPECT_EQ(x[4], 1.0);
+}
+
+// The same model searched with two threads asked for.
+TEST_F(MipRegression, SemiContinuousInAnEqualityOnTwoThreads) {
+  dense_model m{"E", {11}, {}, {0, -5, -6, -5, 2}, {1, 0, 0, 0, 0},
+                {10, 3, KVSL_INFINITY, 5, 2}, {{1, 1, 0, 0, -1}}};
+  ASSERT_EQ(load_global(p, m, "SSRR", {1, 2, 3, 4}, {2.5, 4, 1, 1}), 0);
+  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, 2), 0);
+  auto x = optimum(-1, -10.5);
+  EXPECT_NEAR(x[1], 2.5, 1e-9);
+  EXPECT_EQ(x[4], 1.0);
+}
