@@ -18,6 +18,7 @@
 #include "cutoff_step.h"
 #include "log.h"
 #include "mipstart.h"
+#include "node_settings.h"
 #include "rootcuts.h"
 #include "search.h"
 #include "solve_limits.h"
@@ -118,6 +119,15 @@ bool solve_root(kvsl_prob *prob, OsiClpSolverInterface &solver) {
   return true;
 }
 
+// Has every integer column of the search LP finite bounds (so that the
+// tree is finite)?
+bool integer_bounds_finite(const OsiSolverInterface &solver) {
+  for (int j = 0; j < solver.getNumCols(); ++j)
+    if (solver.isInteger(j) && (solver.getColLower()[j] <= -1e20 || solver.getColUpper()[j] >= 1e20))
+      return false;
+  return true;
+}
+
 // Remove the free rows of the search's working copy.  They constrain
 // nothing, but Cbc's cut generators read them as rows all the same: mixed
 // integer rounding took a free row for one bounded at zero and cut off
@@ -196,12 +206,21 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     prob->mipstatus = KVSL_MIP_INFEAS;
     return outcome::done;
   }
+  // The node LPs stay silent; the search reports on them.  Clp's own
+  // handler is one of its own: the heuristics' sub-searches set the log
+  // level of the solver handler they share with the search (to 1), and
+  // Clp's subtrees print their trace to stdout whenever the level of the
+  // LP's handler is above 0.
+  backend_log lp_quiet(prob);
+  lp_quiet.setLogLevel(0);
   CbcModel model(*pre);
   model.passInMessageHandler(&log);
-  // The node LPs stay silent; the search reports on them.
   model.solver()->passInMessageHandler(&quiet);
+  if (auto *clp = dynamic_cast<OsiClpSolverInterface *>(model.solver()))
+    clp->getModelPtr()->passInMessageHandler(&lp_quiet);
+  bool finite_tree = integer_bounds_finite(*model.solver());
   cut_generators cuts;
-  if (intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) != 0) cuts.add_to(model, objects);
+  if (intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) != 0) cuts.add_to(model, objects, finite_tree);
   row_pool pool(prob, held);
   if (!held.empty()) {
     model.addCutGenerator(&pool, 1, "Held-out rows", true, true);
@@ -226,6 +245,19 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     add_column_entity_objects(prob, model, dirs);
     add_set_objects(prob, model, dirs);
     add_indicator_objects(prob, model, indicator_rows, dirs);
+  } else {
+    // Clp's subtrees branch on integer columns by their own rules, count
+    // their nodes in bulk and call neither cut generators nor the event
+    // handler: not with the application's callbacks, which must see every
+    // node, nor against directives, nor under a node limit, which counts
+    // nodes one at a time.  With threads they stay off as well: every
+    // thread's LP shares the one LP handler whose level the sub-searches
+    // change and the subtrees read.  Nor where the tree may be infinite:
+    // they cut nothing.  (Held-out rows come with objects.)
+    bool subtrees = finite_tree && !has_search_callbacks(prob) && prob->directives.empty() &&
+                    intcontrol(prob, KVSL_CTRL_MAXNODE) <= 0 &&
+                    intcontrol(prob, KVSL_CTRL_THREADS) <= 1;
+    tune_integer_branching(model, pre->getNumCols(), subtrees);
   }
   std::shared_ptr<void> app = attach_search_callbacks(prob, model);
   apply_search_limits(prob, model);

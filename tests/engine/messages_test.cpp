@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "engine_test.h"
+#include "mps_reader.h"
 
 namespace {
 
@@ -167,6 +168,21 @@ TEST_F(MessageTest, NothingIsPrintedWithOrWithoutCallback) {
     });
     EXPECT_EQ(out, "");
   }
+  EXPECT_TRUE(any_contains("Cbc"));
+}
+
+// The heuristics' sub-searches turn up the log level of the solver handler
+// they share with the search; Clp's subtrees below deep nodes print their
+// trace to stdout when the level of the LP's handler is above 0.  bell3a
+// meets both within its search.
+TEST_F(MessageTest, DeepSearchWithSubSearchesPrintsNothing) {
+  mps_model m = read_mps(std::string(KVSL_TEST_DATA_DIR) + "/miplib3/bell3a.mps.gz");
+  ASSERT_EQ(load_mps(p, m, true), 0);
+  std::string out = captured([&] { ASSERT_EQ(KVSLminim(p, "g"), 0); });
+  EXPECT_EQ(out, "");
+  int status = 0;
+  ASSERT_EQ(KVSLgetintattrib(p, KVSL_ATTR_MIPSTATUS, &status), 0);
+  EXPECT_EQ(status, KVSL_MIP_OPTIMAL);
   EXPECT_TRUE(any_contains("Cbc"));
 }
 

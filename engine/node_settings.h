@@ -1,0 +1,26 @@
+/*
+ * node_settings.h -- what a node of the global search costs: how often cut
+ * generators run below the root, strong branching and Clp's own subtrees.
+ */
+#ifndef KVSL_NODE_SETTINGS_H
+#define KVSL_NODE_SETTINGS_H
+
+class CbcModel;
+
+namespace kvsl {
+
+// How often a cut generator runs in the tree: at the root, and below it
+// only when its cuts moved the root's bound (otherwise never again).
+constexpr int cut_frequency = -98;
+// How often where the tree may be infinite: at the root and at every node
+// while its cuts are of use.
+constexpr int cut_frequency_unbounded = -1;
+
+// Branching of a search over integer columns only (no objects of the
+// engine's own): strong branching trust by size of the model; with
+// `subtrees`, deep nodes are searched inside Clp.
+void tune_integer_branching(CbcModel &model, int ncols, bool subtrees);
+
+}  // namespace kvsl
+
+#endif
