@@ -281,9 +281,20 @@ int sleepy_cutmgr(KVSLprob, void *) {
   return 0;
 }
 
+// A start (any point is feasible) makes sure a solution is held when the
+// limit falls before the search finds one of its own, as it may where the
+// root takes long (sanitizer builds on a busy machine).
 TEST_F(LimitsTest, TimeLimitIsWallClock) {
   sparse_model mod = market_split(5, 40, true, 7);
   ASSERT_EQ(mod.load(p), 0);
+  // x = 0, each row's surplus column (after the 40 binaries) at its
+  // right-hand side.
+  std::vector<double> start(mod.ncols(), 0.0);
+  for (size_t i = 0; i < mod.rhs.size(); ++i) start[40 + 2 * i] = mod.rhs[i];
+  std::vector<int> cols(mod.ncols());
+  for (int j = 0; j < mod.ncols(); ++j) cols[j] = j;
+  ASSERT_TRUE(mod.feasible(start));
+  ASSERT_EQ(KVSLaddmipsol(p, mod.ncols(), start.data(), cols.data(), "zero"), 0);
   ASSERT_EQ(KVSLsetcbcutmgr(p, sleepy_cutmgr, nullptr), 0);
   ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_TIMELIMIT, 0.5), 0);
   double spent = timed("");
