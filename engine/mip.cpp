@@ -123,7 +123,8 @@ bool solve_root(kvsl_prob *prob, OsiClpSolverInterface &solver) {
 // tree is finite)?
 bool integer_bounds_finite(const OsiSolverInterface &solver) {
   for (int j = 0; j < solver.getNumCols(); ++j)
-    if (solver.isInteger(j) && (solver.getColLower()[j] <= -1e20 || solver.getColUpper()[j] >= 1e20))
+    if (solver.isInteger(j) && (solver.getColLower()[j] <= -KVSL_INFINITY ||
+                                solver.getColUpper()[j] >= KVSL_INFINITY))
       return false;
   return true;
 }

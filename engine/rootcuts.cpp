@@ -14,20 +14,19 @@
 #include <CbcModel.hpp>
 #include <OsiSolverInterface.hpp>
 
+#include "kvsl.h"
+
 namespace kvsl {
 
 namespace {
-
-// Bounds at or beyond this magnitude are the interface's infinity.
-constexpr double huge_bound = 1e20;
 
 // Does a column of the node have a huge bound the backend takes as finite?
 bool has_huge_finite_bound(const OsiSolverInterface &si) {
   const double inf = si.getInfinity();
   const double *lo = si.getColLower(), *up = si.getColUpper();
   for (int j = 0; j < si.getNumCols(); ++j) {
-    if (lo[j] <= -huge_bound && lo[j] > -inf) return true;
-    if (up[j] >= huge_bound && up[j] < inf) return true;
+    if (lo[j] <= -KVSL_INFINITY && lo[j] > -inf) return true;
+    if (up[j] >= KVSL_INFINITY && up[j] < inf) return true;
   }
   return false;
 }
