@@ -215,37 +215,49 @@ std::unique_ptr<ClpSimplex> build_model(kvsl_prob *prob, const load_args &a) {
   return m;
 }
 
-// Replace everything the problem holds by the load's data.
+// Replace everything the problem holds by the load's data.  The new state is
+// made beside the old one and only then swapped in, so that a load that
+// runs out of memory leaves the problem as it was.
 int load(kvsl_prob *prob, const load_args &a) {
   if (prob == nullptr) return KVSL_ERR_BADARG;
   if (int rc = check_args(a); rc != 0) return kvsl::fail(prob, rc);
   try {
     std::unique_ptr<ClpSimplex> m = build_model(prob, a);
+    std::string modelname = a.name != nullptr ? a.name : "";
+    std::vector<char> rowtype(a.rowtype, a.rowtype + a.nrows);
+    std::vector<double> rhs(a.rhs, a.rhs + a.nrows), range(a.nrows, 0.0);
+    for (int i = 0; i < a.nrows; ++i)
+      if (a.rowtype[i] == 'R') range[i] = a.range[i];
+    std::vector<kvsl::entity> entities;
+    entities.reserve(static_cast<size_t>(a.nglobal));
+    for (int k = 0; k < a.nglobal; ++k)
+      entities.push_back({a.enttype[k], a.entcol[k], a.entlimit != nullptr ? a.entlimit[k] : 0.0});
+    std::vector<char> settype(a.settype, a.settype + a.nsets);
+    std::vector<int64_t> setstart(a.setstart, a.setstart + (a.nsets > 0 ? a.nsets + 1 : 0));
+    std::vector<int> setcol;
+    std::vector<double> setref;
+    if (a.nsets > 0) {
+      setcol.assign(a.setcol + a.setstart[0], a.setcol + a.setstart[a.nsets]);
+      setref.assign(a.setref + a.setstart[0], a.setref + a.setstart[a.nsets]);
+      for (auto &s : setstart) s -= a.setstart[0];
+    }
+
+    // Nothing below allocates.
     prob->lp = std::move(m);
     prob->loaded = true;
     prob->ncols = a.ncols;
-    prob->modelname = a.name != nullptr ? a.name : "";
-    prob->rowtype.assign(a.rowtype, a.rowtype + a.nrows);
-    prob->rhs.assign(a.rhs, a.rhs + a.nrows);
-    prob->range.assign(a.nrows, 0.0);
-    for (int i = 0; i < a.nrows; ++i)
-      if (a.rowtype[i] == 'R') prob->range[i] = a.range[i];
+    prob->modelname.swap(modelname);
+    prob->rowtype.swap(rowtype);
+    prob->rhs.swap(rhs);
+    prob->range.swap(range);
     prob->objconst = 0.0;
     prob->has_quadratic = kvsl::quadratic_of(*prob->lp) != nullptr;
     prob->qrows.clear();   // the quadratic-row loads set them after this
-    prob->entities.clear();
-    for (int k = 0; k < a.nglobal; ++k)
-      prob->entities.push_back({a.enttype[k], a.entcol[k],
-                                a.entlimit != nullptr ? a.entlimit[k] : 0.0});
-    prob->settype.assign(a.settype, a.settype + a.nsets);
-    prob->setstart.assign(a.setstart, a.setstart + (a.nsets > 0 ? a.nsets + 1 : 0));
-    prob->setcol.clear();
-    prob->setref.clear();
-    if (a.nsets > 0) {
-      prob->setcol.assign(a.setcol + a.setstart[0], a.setcol + a.setstart[a.nsets]);
-      prob->setref.assign(a.setref + a.setstart[0], a.setref + a.setstart[a.nsets]);
-      for (auto &s : prob->setstart) s -= a.setstart[0];
-    }
+    prob->entities.swap(entities);
+    prob->settype.swap(settype);
+    prob->setstart.swap(setstart);
+    prob->setcol.swap(setcol);
+    prob->setref.swap(setref);
     prob->rownames.reset(a.nrows);
     prob->colnames.reset(a.ncols);
     prob->setnames.reset(a.nsets);

@@ -24,34 +24,30 @@ const char *name_list::get(int k) const {
   return text_.data() + offset_[k];
 }
 
-// The new texts are appended; the texts they replace become dead.  When
-// the dead text outweighs the live text and the offsets together (what a
-// rebuild reads), the buffer is rebuilt from the live names first: renaming
-// the same objects again and again keeps the buffer within about twice what
-// the names need, and the rebuilds cost no more than the renames did.  Everything
-// that can fail (the new buffer, or room in the old one) comes before the
-// list changes.
+// The new texts are appended as one block, as the caller laid them out
+// (an empty name takes its zero byte there too); the texts they replace
+// become dead.  When the dead text outweighs the live text and the offsets
+// together (what a rebuild reads), the buffer is rebuilt from the live
+// names first: renaming the same objects again and again keeps the buffer
+// within about twice what the names need, and the rebuilds cost no more
+// than the renames did.  Everything that can fail (the new buffer, or room
+// in the old one) comes before the list changes.
 void name_list::set(int first, int last, const char *names) {
   if (last < first) return;
-  uint64_t added = 0;
-  const char *p = names;
-  for (int k = first; k <= last; ++k) {
-    const size_t len = std::strlen(p) + 1;
-    if (len > 1) added += len;
-    p += len;
-  }
+  const char *end = names;
+  for (int k = first; k <= last; ++k) end += std::strlen(end) + 1;
+  const size_t added = static_cast<size_t>(end - names);
   uint64_t replaced = 0;
   if (!offset_.empty())
     for (int k = first; k <= last; ++k)
       if (offset_[k] != 0) replaced += std::strlen(text_.data() + offset_[k]) + 1;
-  const uint64_t live = live_ - replaced + added;
-
-  const uint64_t dead = text_.empty() ? 0 : text_.size() - 1 - live_ + replaced;
-  if (offset_.empty() || dead > live + static_cast<uint64_t>(count_)) {
+  const uint64_t kept = live_ - replaced;
+  const uint64_t dead = text_.empty() ? 0 : text_.size() - 1 - kept;
+  if (offset_.empty() || dead > kept + static_cast<uint64_t>(count_)) {
     // A fresh buffer: the kept names of the other objects, then the new ones.
     std::vector<uint64_t> offset(static_cast<size_t>(count_), 0);
     std::vector<char> text;
-    text.reserve(static_cast<size_t>(1 + live));
+    text.reserve(static_cast<size_t>(1 + kept) + added);
     text.push_back('\0');
     for (int k = 0; k < static_cast<int>(offset_.size()); ++k) {
       if ((k >= first && k <= last) || offset_[k] == 0) continue;
@@ -64,20 +60,15 @@ void name_list::set(int first, int last, const char *names) {
   } else if (text_.capacity() - text_.size() < added) {
     // Room for the new texts, grown geometrically so that naming objects a
     // few at a time stays linear; after this nothing below allocates.
-    text_.reserve(std::max(text_.size() + static_cast<size_t>(added), 2 * text_.capacity()));
+    text_.reserve(std::max(text_.size() + added, 2 * text_.capacity()));
   }
-  p = names;
+  uint64_t at = text_.size();
+  text_.insert(text_.end(), names, end);
   for (int k = first; k <= last; ++k) {
-    const size_t len = std::strlen(p) + 1;
-    if (len > 1) {
-      offset_[k] = text_.size();
-      text_.insert(text_.end(), p, p + len);
-    } else {
-      offset_[k] = 0;
-    }
-    p += len;
+    offset_[k] = at;
+    at += std::strlen(text_.data() + at) + 1;
   }
-  live_ = live;
+  live_ = kept + added;
 }
 
 }  // namespace kvsl
