@@ -191,7 +191,8 @@ CoinPackedMatrix *backend_matrix(const load_args &a) {
 // Build the backend model of a load.  The backend is first made at its
 // size without coefficients, its bounds and objective are written in
 // place, and the matrix is handed over: no array of the load is copied
-// twice, and the peak of a large load is the model it leaves.
+// twice, and the peak of a large load is the model it leaves plus the
+// empty matrix's column starts and lengths.
 std::unique_ptr<ClpSimplex> build_model(kvsl_prob *prob, const load_args &a) {
   auto m = std::make_unique<ClpSimplex>();
   m->passInMessageHandler(prob->log.get());

@@ -12,25 +12,19 @@
 #include <random>
 
 #include "engine.h"
-#include "engine_test.h"
+#include "mps_reader.h"
 
 namespace {
 
 using LoadBackendTest = EngineTest;
 
-// A model as the load calls take it, with every feature that changes what
-// the backend is given: infinite and out-of-range bounds, ranges, binaries
-// with bounds outside [0, 1], counts with gaps between columns.
-struct random_model {
-  int ncols = 0, nrows = 0;
-  std::string rowtype;
-  std::vector<double> rhs, range, obj, lb, ub;
-  std::vector<int64_t> start;
-  std::vector<int> count, ind;
-  std::vector<double> val;
-  std::string enttype;
-  std::vector<int> entcol;
-};
+// Random models in the load form of the reference models, with every
+// feature that changes what the backend is given: infinite and
+// out-of-range bounds, ranges, binaries with bounds outside [0, 1], counts
+// with gaps between columns.
+using random_model = mps_model;
+
+int rows_of(const random_model &m) { return static_cast<int>(m.rowtype.size()); }
 
 double random_bound(std::mt19937 &rng, bool lower) {
   switch (rng() % 8) {
@@ -46,9 +40,9 @@ random_model make_model(unsigned seed, bool gaps) {
   std::mt19937 rng(seed);
   random_model m;
   m.ncols = 1 + static_cast<int>(rng() % 40);
-  m.nrows = static_cast<int>(rng() % 30);
+  const int nrows = static_cast<int>(rng() % 30);
   const char types[] = "NLGER";
-  for (int i = 0; i < m.nrows; ++i) {
+  for (int i = 0; i < nrows; ++i) {
     m.rowtype += types[rng() % 5];
     m.rhs.push_back(static_cast<double>(rng() % 21) - 10.0);
     m.range.push_back(rng() % 4 == 0 ? KVSL_INFINITY : static_cast<double>(rng() % 6));
@@ -59,7 +53,7 @@ random_model make_model(unsigned seed, bool gaps) {
     m.ub.push_back(random_bound(rng, false));
     m.start.push_back(static_cast<int64_t>(m.ind.size()));
     int n = 0;
-    for (int i = 0; i < m.nrows; ++i)
+    for (int i = 0; i < nrows; ++i)
       if (rng() % 3 == 0) {
         m.ind.push_back(i);
         m.val.push_back(static_cast<double>(rng() % 9) - 4.0 + 0.5);
@@ -92,7 +86,8 @@ double backend(double v) {
 void reference_model(const random_model &m, ClpSimplex &ref) {
   std::vector<CoinBigIndex> start(m.ncols + 1);
   for (int j = 0; j <= m.ncols; ++j) start[j] = static_cast<CoinBigIndex>(m.start[j]);
-  std::vector<double> lb(m.ncols), ub(m.ncols), rlo(m.nrows), rup(m.nrows);
+  const int nrows = rows_of(m);
+  std::vector<double> lb(m.ncols), ub(m.ncols), rlo(nrows), rup(nrows);
   for (int j = 0; j < m.ncols; ++j) {
     lb[j] = backend(m.lb[j]);
     ub[j] = backend(m.ub[j]);
@@ -102,7 +97,7 @@ void reference_model(const random_model &m, ClpSimplex &ref) {
       lb[m.entcol[k]] = std::max(lb[m.entcol[k]], 0.0);
       ub[m.entcol[k]] = std::min(ub[m.entcol[k]], 1.0);
     }
-  for (int i = 0; i < m.nrows; ++i) {
+  for (int i = 0; i < nrows; ++i) {
     const double r = m.rhs[i];
     switch (m.rowtype[i]) {
       case 'L': rlo[i] = -COIN_DBL_MAX; rup[i] = backend(r); break;
@@ -117,7 +112,7 @@ void reference_model(const random_model &m, ClpSimplex &ref) {
   }
   static const int no_index = 0;
   static const double no_value = 0.0;
-  ref.loadProblem(m.ncols, m.nrows, start.data(), m.ind.empty() ? &no_index : m.ind.data(),
+  ref.loadProblem(m.ncols, nrows, start.data(), m.ind.empty() ? &no_index : m.ind.data(),
                   m.val.empty() ? &no_value : m.val.data(), m.count.data(), lb.data(), ub.data(),
                   m.obj.data(), rlo.data(), rup.data());
 }
@@ -180,17 +175,7 @@ void expect_same_backend(ClpSimplex &got, ClpSimplex &ref, bool gaps) {
   EXPECT_EQ(a.getExtraMajor(), b.getExtraMajor());
 }
 
-int load_random(KVSLprob p, const random_model &m) {
-  if (m.entcol.empty())
-    return KVSLloadlp64(p, "r", m.ncols, m.nrows, m.rowtype.data(), m.rhs.data(), m.range.data(),
-                        m.obj.data(), m.start.data(), m.count.data(), m.ind.data(), m.val.data(),
-                        m.lb.data(), m.ub.data());
-  return KVSLloadglobal64(p, "r", m.ncols, m.nrows, m.rowtype.data(), m.rhs.data(),
-                          m.range.data(), m.obj.data(), m.start.data(), m.count.data(),
-                          m.ind.data(), m.val.data(), m.lb.data(), m.ub.data(),
-                          static_cast<int>(m.entcol.size()), 0, m.enttype.data(),
-                          m.entcol.data(), nullptr, nullptr, nullptr, nullptr, nullptr);
-}
+int load_random(KVSLprob p, const random_model &m) { return load_mps(p, m, !m.entcol.empty()); }
 
 TEST_F(LoadBackendTest, RandomModelsGiveTheBackendModelOfItsOwnLoad) {
   for (unsigned seed = 1; seed <= 60; ++seed) {
@@ -218,7 +203,6 @@ TEST_F(LoadBackendTest, RandomModelsGiveTheBackendModelOfItsOwnLoad) {
 
 TEST_F(LoadBackendTest, NoColumnsNoCoefficientsAndNaNBounds) {
   random_model m;
-  m.nrows = 2;
   m.rowtype = "LE";
   m.rhs = {1, 2};
   m.range = {0, 0};

@@ -36,13 +36,26 @@ void operator delete[](void *p, std::size_t) noexcept { std::free(p); }
 
 namespace {
 
-void arm(long n) {
-  failed = false;
-  countdown = n;
-}
-bool disarm() {
-  countdown = 0;
-  return failed;
+// Run `call` with its first, second, ... allocation failing until it runs
+// without a failure; every failing run must give KVSL_ERR_NOMEM and pass
+// `check`.  Returns how many allocations the call makes.
+template <class Call, class Check>
+long sweep(Call &&call, Check &&check) {
+  for (long n = 1; n < 100000; ++n) {
+    failed = false;
+    countdown = n;
+    const int rc = call();
+    countdown = 0;
+    if (!failed) {
+      EXPECT_EQ(rc, 0) << "allocation " << n;
+      return n - 1;
+    }
+    EXPECT_EQ(rc, KVSL_ERR_NOMEM) << "allocation " << n;
+    check();
+    if (::testing::Test::HasFailure()) return n;
+  }
+  ADD_FAILURE() << "the call never ran through";
+  return 0;
 }
 
 int int_attr(KVSLprob p, int attr) {
@@ -124,19 +137,12 @@ class LoadAllocTest : public ::testing::Test {
 
 TEST_F(LoadAllocTest, EveryAllocationOfAGlobalLoad) {
   const global_model model;
-  long n = 1;
-  for (; n < 5000; ++n) {
-    arm(n);
-    const int rc = model.load(p);
-    if (!disarm()) {
-      ASSERT_EQ(rc, 0) << "allocation " << n;
-      break;
-    }
-    ASSERT_EQ(rc, KVSL_ERR_NOMEM) << "allocation " << n;
-    EXPECT_EQ(int_attr(p, KVSL_ATTR_ERRORCODE), KVSL_ERR_NOMEM);
-    expect_small_held();
-  }
-  EXPECT_GT(n, 10);   // the load did allocate, and each allocation failed once
+  const long made = sweep([&] { return model.load(p); },
+                          [&] {
+                            EXPECT_EQ(int_attr(p, KVSL_ATTR_ERRORCODE), KVSL_ERR_NOMEM);
+                            expect_small_held();
+                          });
+  EXPECT_GT(made, 10);   // the load allocates, and each allocation failed once
   EXPECT_EQ(int_attr(p, KVSL_ATTR_COLS), 12);
   EXPECT_EQ(int_attr(p, KVSL_ATTR_ROWS), 5);
   ASSERT_EQ(KVSLminim(p, "g"), 0);
@@ -145,28 +151,10 @@ TEST_F(LoadAllocTest, EveryAllocationOfAGlobalLoad) {
 
 TEST_F(LoadAllocTest, EveryAllocationOfNames) {
   const char names[] = "first\0second";
-  long n = 1;
-  for (; n < 1000; ++n) {
-    arm(n);
-    const int rc = KVSLaddnames(p, 2, names, 0, 1);
-    if (!disarm()) {
-      ASSERT_EQ(rc, 0) << "allocation " << n;
-      break;
-    }
-    ASSERT_EQ(rc, KVSL_ERR_NOMEM) << "allocation " << n;
-  }
-  EXPECT_GT(n, 1);
-  // Renaming after the names exist: the buffer may have to grow.
-  const char longer[] = "a_much_longer_first_name\0";
-  for (n = 1; n < 1000; ++n) {
-    arm(n);
-    const int rc = KVSLaddnames(p, 2, longer, 0, 0);
-    if (!disarm()) {
-      ASSERT_EQ(rc, 0) << "allocation " << n;
-      break;
-    }
-    ASSERT_EQ(rc, KVSL_ERR_NOMEM) << "allocation " << n;
-  }
+  EXPECT_GT(sweep([&] { return KVSLaddnames(p, 2, names, 0, 1); }, [] {}), 0);
+  // Renaming after the names exist: the buffer has to grow.
+  const char longer[] = "a_much_longer_first_name_than_before";
+  EXPECT_GT(sweep([&] { return KVSLaddnames(p, 2, longer, 0, 0); }, [] {}), 0);
   expect_small_held();
 }
 
