@@ -175,13 +175,13 @@ class strengthener {
   }
 
   // From c x_j <= rhs (upper) or c x_j >= rhs (!upper) with c of the sign
-  // that makes the quotient an upper bound when upper is true, leaving room
-  // for the rounding errors of the activity (size) and the primal
-  // tolerance of the rows.  A plain column's bound rounds inwards and goes
-  // to the working copy; any other column's is only reasoned with here:
-  // it is implied by the rows, but as a bound of the LP it would change
-  // what the objects of semi-continuous columns, sets and indicator rows
-  // branch on, and tight continuous bounds make the node LPs degenerate.
+  // that makes the quotient an upper bound when upper is true.  A plain
+  // column's bound rounds inwards, leaving room for the rounding errors of
+  // the activity (size) and the primal tolerance of the rows, and goes to
+  // the working copy; any other column's is only reasoned with here: it is
+  // implied by the rows, but as a bound of the LP it would change what the
+  // objects of semi-continuous columns, sets and indicator rows branch on,
+  // and tight continuous bounds make the node LPs degenerate.
   void bound_from(int j, double c, double rhs, bool upper, double size) {
     const double v = rhs / c;
     if (std::fabs(v) > max_magnitude) return;
@@ -194,7 +194,6 @@ class strengthener {
     if (plain_[j] != 0) {
       nb = upper ? std::floor(v + tol) : std::ceil(v - tol);
       if (sign * (bound - nb) <= 1e-9) return;
-      ++done_.bounds;
     } else {
       // Integral data give integral bounds, which keep the rows they
       // reach integral too; otherwise a little room for rounding errors.
@@ -211,6 +210,7 @@ class strengthener {
     if (!infinite(other) && sign * (nb - other) < 0) nb = other;
     bound = nb;
     ++moved_;
+    if (plain_[j] != 0) ++done_.bounds;
   }
 
   // Are the coefficients of a row, its side b and the bounds that give its

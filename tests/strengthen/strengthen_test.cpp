@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include <ClpSimplex.hpp>
 #include <CoinPackedMatrix.hpp>
 #include <OsiClpSolverInterface.hpp>
 
@@ -113,6 +114,31 @@ TEST(Strengthen, GreaterRowCoefficientDropsToItsSide) {
   EXPECT_EQ(s.rup[0], inf);
   EXPECT_EQ(done.coefficients, 1);
   EXPECT_EQ(done.rows, 1);
+}
+
+// A working copy whose LP was solved before (basis, scaling, row copy)
+// solves the strengthened rows afterwards: min 3x + 2y over
+// 150x + 45y >= 80 relaxes to 1.6 as given and to 3 strengthened.
+TEST(Strengthen, SolvedWorkingCopyTakesTheStrengthenedRows) {
+  model m{{{150, 45}}, {80}, {inf}, {0, 0}, {3, 3}, {1, 1}};
+  auto s = solver_of(m);
+  const double obj[] = {3, 2};
+  s->setObjective(obj);
+  s->initialSolve();
+  ASSERT_TRUE(s->isProvenOptimal());
+  EXPECT_NEAR(s->getObjValue(), 1.6, 1e-9);
+  // The search works on a copy of the solved LP, as here.
+  OsiClpSolverInterface copy(new ClpSimplex(*s->getModelPtr()), true);
+  copy.messageHandler()->setLogLevel(0);
+  copy.setInteger(0);
+  copy.setInteger(1);
+  (void)copy.getMatrixByRow();  // a cached row copy must not outlive the change
+  kvsl::strengthen_rows(copy, {1, 1});
+  copy.initialSolve();
+  ASSERT_TRUE(copy.isProvenOptimal());
+  EXPECT_NEAR(copy.getObjValue(), 3.0, 1e-9);
+  EXPECT_DOUBLE_EQ(copy.getMatrixByRow()->getCoefficient(0, 0), 80.0);
+  EXPECT_DOUBLE_EQ(copy.getMatrixByCol()->getCoefficient(0, 0), 80.0);
 }
 
 // 3x + 2y <= 4 over binaries: x + y <= 1.
