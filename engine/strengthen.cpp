@@ -38,7 +38,7 @@ struct activity {
   double size = 0.0;  // sum of the sizes of the finite terms (for tolerances)
 };
 
-// The row's one row-wise slice.
+// One row of the row-wise matrix.
 struct row_view {
   const int *col;
   const double *val;
