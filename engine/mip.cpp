@@ -189,8 +189,10 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   // rows (optimum 1120) Cbc's opportunistic threaded search with strong
   // branching ended "optimal" at 1128, also with those rows loaded as a
   // model of their own and nothing strengthened, while one thread found
-  // 1120.  The fault is the threaded search's, not the strengthening's;
-  // until it is found, threads see the rows they saw before.
+  // 1120.  The fault is the threaded search's, not the strengthening's
+  // (it goes with the cut generators' tree frequency -98: at -99, -1, 1 or
+  // 5, or without strong branching, threads found 1120 too); until it is
+  // found, threads see the rows they saw before.
   if (intcontrol(prob, KVSL_CTRL_MIPPRESOLVE) != 0 && intcontrol(prob, KVSL_CTRL_THREADS) <= 1)
     strengthen_rows(solver, plain_integer_columns(prob, solver.getNumCols()));
   if (!solve_root(prob, solver))
