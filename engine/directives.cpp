@@ -38,7 +38,7 @@ void apply_directive(const directive *d, CbcObject &obj) {
 
 // Integer columns with a directive get pseudo-cost objects started from the
 // directive's costs; the others keep Cbc's own objects.
-void apply_integer_directives(const kvsl_prob *prob, CbcModel &model, const int *orig) {
+void apply_integer_directives(const kvsl_prob *prob, CbcModel &model) {
   if (prob->directives.empty()) return;
   directive_index dirs(prob);
   model.findIntegers(false);
@@ -47,7 +47,7 @@ void apply_integer_directives(const kvsl_prob *prob, CbcModel &model, const int 
     auto *obj = dynamic_cast<CbcSimpleInteger *>(objects[i]);
     if (obj == nullptr) continue;
     int col = obj->columnNumber();
-    const directive *d = dirs.column(orig != nullptr ? orig[col] : col);
+    const directive *d = dirs.column(col);
     if (d == nullptr) continue;
     auto *pc = new CbcSimpleIntegerDynamicPseudoCost(&model, col, std::max(d->down, 0.0),
                                                      std::max(d->up, 0.0));

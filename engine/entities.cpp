@@ -139,6 +139,19 @@ void relax_column_entities(const kvsl_prob *prob, OsiSolverInterface &solver) {
   }
 }
 
+// Set members and indicator columns are branched on by objects of their
+// own, which fix bounds by their own rules: they keep their bounds as given.
+std::vector<char> plain_integer_columns(const kvsl_prob *prob, int ncols) {
+  std::vector<char> plain(static_cast<size_t>(ncols), 0);
+  for (const auto &e : prob->entities)
+    if ((e.type == 'B' || e.type == 'I') && e.col < ncols) plain[static_cast<size_t>(e.col)] = 1;
+  for (int c : prob->setcol)
+    if (c >= 0 && c < ncols) plain[static_cast<size_t>(c)] = 0;
+  for (const auto &ind : prob->indicators)
+    if (ind.col >= 0 && ind.col < ncols) plain[static_cast<size_t>(ind.col)] = 0;
+  return plain;
+}
+
 void add_column_entity_objects(const kvsl_prob *prob, CbcModel &model,
                                const directive_index &dirs) {
   const OsiSolverInterface &s = *model.solver();

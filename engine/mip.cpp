@@ -1,7 +1,7 @@
 /*
- * mip.cpp -- the global search with Cbc over Clp: preprocessing, cut
+ * mip.cpp -- the global search with Cbc over Clp: root strengthening, cut
  * generators, heuristics, branching directives, limits, status and the
- * best solution mapped back to the loaded problem.
+ * best solution checked against the loaded problem.
  */
 #include <algorithm>
 #include <chrono>
@@ -9,7 +9,6 @@
 
 #include <CbcModel.hpp>
 #include <CbcCutGenerator.hpp>
-#include <CglPreProcess.hpp>
 #include <ClpSimplex.hpp>
 #include <CoinError.hpp>
 #include <OsiClpSolverInterface.hpp>
@@ -22,6 +21,7 @@
 #include "rootcuts.h"
 #include "search.h"
 #include "solve_limits.h"
+#include "strengthen.h"
 
 namespace kvsl {
 
@@ -151,21 +151,10 @@ struct attempt {
   bool heuristics;
 };
 
-// Does the search need objects beyond Cbc's integers (then Cbc's
-// preprocessing, which knows nothing of them, stays off)?
+// Does the search need objects beyond Cbc's integers?
 bool needs_objects(const kvsl_prob *prob, const std::vector<int> &held) {
   return has_column_entity_objects(prob) || !prob->settype.empty() ||
          !prob->indicators.empty() || !held.empty();
-}
-
-// Map the model's best solution back to the loaded columns.
-std::vector<double> best_solution(const kvsl_prob *prob, CbcModel &model, CglPreProcess &process,
-                                  OsiClpSolverInterface &solver, bool presolved) {
-  if (!presolved) return {model.bestSolution(), model.bestSolution() + prob->ncols};
-  model.solver()->setColSolution(model.bestSolution());
-  process.postProcess(*model.solver());
-  const double *sx = solver.getColSolution();
-  return {sx, sx + prob->ncols};
 }
 
 // One branch and cut over the loaded problem: column entities, sets and
@@ -187,26 +176,29 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   if (!held.empty()) solver.deleteRows(static_cast<int>(held.size()), held.data());
   add_pool_rows(prob, solver);
   drop_free_rows(solver);
+  // The rows and integer bounds are strengthened in place: every point the
+  // search may return stays, columns and rows keep their numbers, and a
+  // solution of the strengthened rows satisfies the loaded ones, so nothing
+  // maps back.  Cbc's own preprocessing (CglPreProcess) is not used: the
+  // randomized differential tests found it returning suboptimal solutions
+  // as optimal and calling feasible models infeasible on general integer
+  // columns, ranged rows, continuous columns with fractional or infinite
+  // bounds; where it was right it did not pay (vpm2: 3 032 nodes against
+  // 288).
+  // A search on threads keeps the rows as loaded: on lseu's strengthened
+  // rows (optimum 1120) Cbc's opportunistic threaded search with strong
+  // branching ended "optimal" at 1128, also with those rows loaded as a
+  // model of their own and nothing strengthened, while one thread found
+  // 1120.  The fault is the threaded search's, not the strengthening's
+  // (it goes with the cut generators' tree frequency -98: at -99, -1, 1 or
+  // 5, or without strong branching, threads found 1120 too); until it is
+  // found, threads see the rows they saw before.
+  if (intcontrol(prob, KVSL_CTRL_MIPPRESOLVE) != 0 && intcontrol(prob, KVSL_CTRL_THREADS) <= 1)
+    strengthen_rows(solver, plain_integer_columns(prob, solver.getNumCols()));
   if (!solve_root(prob, solver))
     return !held.empty() && prob->mipstatus == KVSL_MIP_UNBOUNDED ? outcome::retry : outcome::done;
 
   bool objects = needs_objects(prob, held);
-  // Cbc's integer preprocessing stays off: on small models with free rows,
-  // continuous columns or a single binary the randomized differential
-  // tests found it returning suboptimal solutions as optimal and calling
-  // feasible models infeasible.  Where it is right (binary columns,
-  // unranged rows, finite integral bounds of continuous columns) it did
-  // not pay in this search either: vpm2 took 3 032 nodes with it, 288
-  // without.
-  bool presolve = false;
-  CglPreProcess process;
-  process.passInMessageHandler(&log);
-  limit_preprocessing(prob, process);
-  OsiSolverInterface *pre = presolve ? process.preProcess(solver, false, 5) : &solver;
-  if (pre == nullptr) {  // preprocessing proved infeasibility
-    prob->mipstatus = KVSL_MIP_INFEAS;
-    return outcome::done;
-  }
   // The node LPs stay silent; the search reports on them.  Clp's own
   // handler is one of its own: the heuristics' sub-searches set the log
   // level of the solver handler they share with the search (to 1), and
@@ -214,7 +206,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   // LP's handler is above 0.
   backend_log lp_quiet(prob);
   lp_quiet.setLogLevel(0);
-  CbcModel model(*pre);
+  CbcModel model(solver);
   model.passInMessageHandler(&log);
   model.solver()->passInMessageHandler(&quiet);
   if (auto *clp = dynamic_cast<OsiClpSolverInterface *>(model.solver()))
@@ -235,7 +227,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     add_heuristics(model);
   apply_controls(prob, model);
   model.findIntegers(false);
-  apply_integer_directives(prob, model, presolve ? process.originalColumns() : nullptr);
+  apply_integer_directives(prob, model);
   if (objects) {
     // Strong branching's hot starts assert on the backend's factorisation
     // after the engine's objects have changed bounds: branching on the
@@ -258,14 +250,13 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     bool subtrees = finite_tree && !has_search_callbacks(prob) && prob->directives.empty() &&
                     intcontrol(prob, KVSL_CTRL_MAXNODE) <= 0 &&
                     intcontrol(prob, KVSL_CTRL_THREADS) <= 1;
-    tune_integer_branching(model, pre->getNumCols(), subtrees);
+    tune_integer_branching(model, solver.getNumCols(), subtrees);
   }
   std::shared_ptr<void> app = attach_search_callbacks(prob, model);
   apply_search_limits(prob, model);
   // After the callbacks and the limits' watch: the start's guard passes
   // every other event on to them, and the candidate callback sees the start.
-  std::shared_ptr<void> start =
-      offer_mip_start(prob, model, presolve ? process.originalColumns() : nullptr);
+  std::shared_ptr<void> start = offer_mip_start(prob, model);
   // The engine's objects branch to fractional bounds (a semi-continuous
   // column's limit), which Cbc's objective step does not allow for.  The
   // hold acts on the model from the event handler, which threads would
@@ -280,7 +271,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   double bound = model.getBestPossibleObjValue();
   bool have = model.bestSolution() != nullptr;
   if (have) {
-    std::vector<double> x = best_solution(prob, model, process, solver, presolve);
+    std::vector<double> x(model.bestSolution(), model.bestSolution() + prob->ncols);
     if (!is_feasible(prob, x)) {
       if (a.hold_rows || a.heuristics) return outcome::retry;
       message(prob, 3, "The search's best solution failed the final check and was dropped.");

@@ -193,7 +193,7 @@ class start_guard : public chained_events {
 
 }  // namespace
 
-std::shared_ptr<void> offer_mip_start(kvsl_prob *prob, CbcModel &model, const int *orig) {
+std::shared_ptr<void> offer_mip_start(kvsl_prob *prob, CbcModel &model) {
   if (prob->start_x.empty()) return nullptr;
   // The application's candidate callback decides on the start once, before
   // any solution of the search is refused in its favour.
@@ -204,15 +204,10 @@ std::shared_ptr<void> offer_mip_start(kvsl_prob *prob, CbcModel &model, const in
     return nullptr;
   }
   OsiSolverInterface *solver = model.solver();
-  int n = solver->getNumCols();
-  std::vector<double> x(static_cast<size_t>(n));
-  for (int k = 0; k < n; ++k) {
-    int j = orig != nullptr ? orig[k] : k;
-    // Columns the search adds of its own (indicator slacks) are not offered
-    // to: the start is kept beside the search instead.
-    if (j < 0 || j >= prob->ncols) return nullptr;
-    x[static_cast<size_t>(k)] = prob->start_x[static_cast<size_t>(j)];
-  }
+  // Columns the search adds of its own (indicator slacks) are not offered
+  // to: the start is kept beside the search instead.
+  if (solver->getNumCols() != prob->ncols) return nullptr;
+  std::vector<double> x = prob->start_x;
   auto st = std::make_shared<start_state>();
   st->model = &model;
   st->value = search_objective(*solver, x.data());

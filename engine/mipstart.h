@@ -18,12 +18,11 @@ namespace kvsl {
 // through the message callback and dropped.
 void prepare_mip_starts(kvsl_prob *prob);
 // Hand the held start to the model, which takes it as its first incumbent
-// once the root is done, refusing worse solutions until then (orig maps the
-// model's columns to the loaded ones, null: the same).  Call it after the
+// once the root is done, refusing worse solutions until then.  Call it after the
 // application's callbacks are attached: their candidate callback is asked
 // about the start first, and a start it refuses is reported and dropped.
 // The returned object must live until the search has finished.
-std::shared_ptr<void> offer_mip_start(kvsl_prob *prob, CbcModel &model, const int *orig);
+std::shared_ptr<void> offer_mip_start(kvsl_prob *prob, CbcModel &model);
 // After the search: the held start becomes the result when the search
 // found nothing better; then it is dropped.
 void keep_mip_start(kvsl_prob *prob);

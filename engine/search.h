@@ -42,9 +42,8 @@ class directive_index {
 
 // Give an object the priority and preferred direction of a directive.
 void apply_directive(const directive *d, CbcObject &obj);
-// Hand the directives of integer columns to the model's integer objects
-// (orig maps the model's columns to the loaded ones, null: the same).
-void apply_integer_directives(const kvsl_prob *prob, CbcModel &model, const int *orig);
+// Hand the directives of integer columns to the model's integer objects.
+void apply_integer_directives(const kvsl_prob *prob, CbcModel &model);
 
 // One change of column bounds made by a branch arm.
 struct bound_change {
@@ -95,6 +94,10 @@ bool column_entities_hold(const kvsl_prob *prob, const double *x);
 void snap_column_entities(const kvsl_prob *prob, double *x);
 // Does the problem have entities that need objects of their own?
 bool has_column_entity_objects(const kvsl_prob *prob);
+// Which of the search model's ncols columns may take every integer value
+// within their bounds and are branched on as plain integers: binary and
+// integer columns that are neither set members nor indicator columns.
+std::vector<char> plain_integer_columns(const kvsl_prob *prob, int ncols);
 
 // ---- Special ordered sets -------------------------------------------------
 void add_set_objects(const kvsl_prob *prob, CbcModel &model, const directive_index &dirs);

@@ -10,7 +10,6 @@
 
 #include <CbcEventHandler.hpp>
 #include <CbcModel.hpp>
-#include <CglPreProcess.hpp>
 #include <ClpEventHandler.hpp>
 #include <ClpSimplex.hpp>
 
@@ -119,10 +118,6 @@ void watch_deadline(const kvsl_prob *prob, ClpSimplex &m, ClpEventHandler *inner
   m.setMaximumWallSeconds(left);
   simplex_watch watch(prob, inner);
   m.passInEventHandler(&watch);  // the model keeps a clone
-}
-
-void limit_preprocessing(const kvsl_prob *prob, CglPreProcess &process) {
-  if (has_deadline(prob)) process.setTimeLimit(backend_seconds(prob), true);
 }
 
 void apply_search_limits(const kvsl_prob *prob, CbcModel &model) {

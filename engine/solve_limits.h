@@ -10,7 +10,6 @@
 
 class CbcModel;
 class ClpEventHandler;
-class CglPreProcess;
 
 namespace kvsl {
 
@@ -54,8 +53,6 @@ double backend_seconds(const kvsl_prob *prob);
 // iteration that marks the stop.  `inner` (may be null) keeps handling the
 // events first; the simplex keeps a clone of both.
 void watch_deadline(const kvsl_prob *prob, ClpSimplex &m, ClpEventHandler *inner, bool own_limits);
-// The deadline of Cbc's integer preprocessing.
-void limit_preprocessing(const kvsl_prob *prob, CglPreProcess &process);
 // Node limit (what is left of it after earlier attempts of this solve),
 // time limit, absolute and relative gap and thread count of a search, and an
 // event handler that stops the tree at the deadline when the model has no

@@ -123,7 +123,10 @@ model generate(uint64_t seed, unsigned kinds) {
       m.range.push_back(t == 'R' ? r.pick<double>({0, 1, 3, 6}) : 0.0);
       std::vector<double> row(n, 0.0);
       for (int j = 0; j < n; ++j)
-        if (r.chance(60)) row[j] = r.pick<double>({1, 1, 2, 3, 5, -1, -2, -4, 0.5});
+        if (r.chance(60))
+          row[j] = (kinds & k_wide) != 0
+                       ? r.pick<double>({1, 2, 3, 7, 12, 25, -1, -3, -9, -20, 0.5, 4.5})
+                       : r.pick<double>({1, 1, 2, 3, 5, -1, -2, -4, 0.5});
       // Now and then a repeated row: degenerate models.
       if (i > 0 && r.chance(10)) {
         row = m.a[i - 1];

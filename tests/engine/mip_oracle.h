@@ -24,6 +24,7 @@ enum kinds : unsigned {
   k_indicator = 32,  // indicator rows (on 'B' columns)
   k_heldout = 64,    // delayed rows and model cuts
   k_directive = 128, // branching directives
+  k_wide = 256,      // coefficients of many sizes, some above the rows' sides
 };
 
 // A small model with entities, stated densely.

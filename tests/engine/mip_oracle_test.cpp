@@ -76,7 +76,7 @@ class MipOracle : public EngineTest {
   }
 };
 
-// The counts add up to 20 000 models.
+// The counts add up to 22 500 models.
 TEST_F(MipOracle, IntegerColumns) { run(1, 2000, k_integer); }
 TEST_F(MipOracle, SemiContinuousColumns) { run(100001, 2500, k_semicont); }
 TEST_F(MipOracle, PartialIntegerColumns) { run(200001, 2000, k_partint); }
@@ -86,6 +86,10 @@ TEST_F(MipOracle, IndicatorRows) { run(500001, 3000, k_indicator); }
 TEST_F(MipOracle, HeldOutRows) { run(600001, 1500, k_integer | k_heldout); }
 TEST_F(MipOracle, Directives) { run(700001, 1000, k_integer | k_sos1 | k_directive); }
 TEST_F(MipOracle, EverythingMixed) { run(800001, 3000, 0xFF); }
+// Coefficients above the rows' sides and of many sizes, where the search's
+// root strengthening of rows and bounds has the most to do.
+TEST_F(MipOracle, WideCoefficients) { run(900001, 1500, k_integer | k_wide); }
+TEST_F(MipOracle, WideCoefficientsMixed) { run(950001, 1000, 0xFF | k_wide); }
 
 // Disagreements the oracle found, each kept as a named case.
 TEST_F(MipOracle, PartialIntegerStaysAboveItsLimitWhenChecked) { EXPECT_EQ(check(200151, k_partint), ""); }
@@ -122,7 +126,7 @@ TEST_F(MipOracle, RoundingCutsBesideFreeRows) {
 // Many more of every kind: make test-slow.
 TEST_F(MipOracle, DISABLED_ManyMore) {
   const unsigned kinds[] = {k_integer, k_semicont, k_partint, k_sos1, k_sos2, k_indicator,
-                            k_integer | k_heldout, 0xFF};
+                            k_integer | k_heldout, 0xFF, k_integer | k_wide, 0xFF | k_wide};
   uint64_t first = 10000001;
   for (unsigned k : kinds) {
     run(first, 25000, k);

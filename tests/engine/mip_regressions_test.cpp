@@ -301,3 +301,54 @@ TEST_F(MipRegression, SemiContinuousInAnEqualityOnTwoThreads) {
   EXPECT_NEAR(x[1], 2.5, 1e-9);
   EXPECT_EQ(x[4], 1.0);
 }
+
+// ---- Root strengthening of rows over integer columns -----------------------
+
+// min 3x + 2y, 150x + 45y >= 80, x and y integer in [0, 9]: x = 1 alone
+// meets the row, so its coefficient can be 80 and the relaxation's optimum
+// (x = 1, y = 0) is integral.  The optimum is 3 with the strengthening and
+// without it (control MIPPRESOLVE 0), also without cuts and heuristics.
+TEST_F(MipRegression, CoefficientAboveTheSideOfAGeneralIntegerRow) {
+  for (int strengthen : {1, 0}) {
+    for (int others : {1, 0}) {
+      SCOPED_TRACE(strengthen * 10 + others);
+      dense_model m{"G", {80}, {}, {3, 2}, {0, 0}, {9, 9}, {{150, 45}}};
+      ASSERT_EQ(load_global(p, m, "II", {0, 1}), 0);
+      ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_MIPPRESOLVE, strengthen), 0);
+      ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_CUTSTRATEGY, others), 0);
+      ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_HEURSTRATEGY, others), 0);
+      auto x = optimum(1, 3.0);
+      EXPECT_EQ(x[0], 1.0);
+      EXPECT_EQ(x[1], 0.0);
+    }
+  }
+}
+
+// max 5x + 4y + z, 3x + 2y <= 4 over binaries x, y and z continuous in
+// [0, 1] with x + z <= 1.5: the first row becomes x + y <= 1; the optimum
+// takes x = 1, z = 0.5 (5.5).
+TEST_F(MipRegression, KnapsackRowOverBinariesBesideAContinuousColumn) {
+  for (int strengthen : {1, 0}) {
+    SCOPED_TRACE(strengthen);
+    dense_model m{"LL", {4, 1.5}, {}, {5, 4, 1}, {0, 0, 0}, {1, 1, 1}, {{3, 2, 0}, {1, 0, 1}}};
+    ASSERT_EQ(load_global(p, m, "BB", {0, 1}), 0);
+    ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_MIPPRESOLVE, strengthen), 0);
+    auto x = optimum(-1, 5.5);
+    EXPECT_EQ(x[0], 1.0);
+    EXPECT_EQ(x[1], 0.0);
+    EXPECT_NEAR(x[2], 0.5, 1e-7);
+  }
+}
+
+// An integer column whose bounds the rows tighten (x <= 3 from 2x + 3y <= 7)
+// and a semi-continuous integer column r in {0} u [5, 10] whose bounds they
+// must not (r >= 2 would leave 2, 3 and 4 to the search): min r - x with
+// r >= 2 and r + 2x <= 12 gives r = 5, x = 3 (2).
+TEST_F(MipRegression, RowsTightenIntegerBoundsButNotSemiContinuousOnes) {
+  dense_model m{"LGL", {7, 2, 12}, {}, {-1, 0, 1}, {0, 0, 0}, {10, 10, 10},
+                {{2, 3, 0}, {0, 0, 1}, {2, 0, 1}}};
+  ASSERT_EQ(load_global(p, m, "IIR", {0, 1, 2}, {0, 0, 5}), 0);
+  auto x = optimum(1, 2.0);
+  EXPECT_EQ(x[0], 3.0);
+  EXPECT_EQ(x[2], 5.0);
+}
