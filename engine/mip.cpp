@@ -185,15 +185,9 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   // columns, ranged rows, continuous columns with fractional or infinite
   // bounds; where it was right it did not pay (vpm2: 3 032 nodes against
   // 288).
-  // A search on threads keeps the rows as loaded: on lseu's strengthened
-  // rows (optimum 1120) Cbc's opportunistic threaded search with strong
-  // branching ended "optimal" at 1128, also with those rows loaded as a
-  // model of their own and nothing strengthened, while one thread found
-  // 1120.  The fault is the threaded search's, not the strengthening's
-  // (it goes with the cut generators' tree frequency -98: at -99, -1, 1 or
-  // 5, or without strong branching, threads found 1120 too); until it is
-  // found, threads see the rows they saw before.
-  if (intcontrol(prob, KVSL_CTRL_MIPPRESOLVE) != 0 && intcontrol(prob, KVSL_CTRL_THREADS) <= 1)
+  // Threads strengthen too: the threaded search's wrong optimum on lseu's
+  // strengthened rows was its tree cuts' (see cut_frequency_threads).
+  if (intcontrol(prob, KVSL_CTRL_MIPPRESOLVE) != 0)
     strengthen_rows(solver, plain_integer_columns(prob, solver.getNumCols()));
   if (!solve_root(prob, solver))
     return !held.empty() && prob->mipstatus == KVSL_MIP_UNBOUNDED ? outcome::retry : outcome::done;
@@ -213,7 +207,9 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     clp->getModelPtr()->passInMessageHandler(&lp_quiet);
   bool finite_tree = integer_bounds_finite(*model.solver());
   cut_generators cuts;
-  if (intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) != 0) cuts.add_to(model, objects, finite_tree);
+  const bool threaded = intcontrol(prob, KVSL_CTRL_THREADS) > 1;
+  if (intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) != 0)
+    cuts.add_to(model, objects, finite_tree, threaded);
   row_pool pool(prob, held);
   if (!held.empty()) {
     model.addCutGenerator(&pool, 1, "Held-out rows", true, true);
@@ -249,7 +245,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     // they cut nothing.  (Held-out rows come with objects.)
     bool subtrees = finite_tree && !has_search_callbacks(prob) && prob->directives.empty() &&
                     intcontrol(prob, KVSL_CTRL_MAXNODE) <= 0 &&
-                    intcontrol(prob, KVSL_CTRL_THREADS) <= 1;
+                    !threaded;
     tune_integer_branching(model, solver.getNumCols(), subtrees);
   }
   std::shared_ptr<void> app = attach_search_callbacks(prob, model);

@@ -70,8 +70,9 @@ cut_generators::cut_generators() {
 // without moving the bound).  With an integer column without a finite
 // bound the tree may be infinite, and only cuts at its nodes close
 // branches such as those of 2x + 2y = 3: there they run at every node.
-void cut_generators::add_to(CbcModel &model, bool objects, bool finite_tree) {
-  const int often = finite_tree ? cut_frequency : cut_frequency_unbounded;
+void cut_generators::add_to(CbcModel &model, bool objects, bool finite_tree, bool threaded) {
+  const int often = threaded ? (finite_tree ? cut_frequency_threads : cut_frequency_unbounded_threads)
+                             : (finite_tree ? cut_frequency : cut_frequency_unbounded);
   if (!objects) model.addCutGenerator(&probing, often, "Probing");
   model.addCutGenerator(&gomory, often, "Gomory");
   model.addCutGenerator(&knapsack, often, "Knapsack");

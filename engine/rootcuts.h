@@ -46,8 +46,9 @@ struct cut_generators {
   cut_generators();
   // Add the generators to the model; objects: the search holds objects of
   // the engine's own (column entities, sets, indicator rows, held rows);
-  // finite_tree: every integer column has finite bounds.
-  void add_to(CbcModel &model, bool objects, bool finite_tree);
+  // finite_tree: every integer column has finite bounds; threaded: the
+  // search runs on more than one thread.
+  void add_to(CbcModel &model, bool objects, bool finite_tree, bool threaded);
 };
 
 // Add the primal heuristics of a plain integer search (the model copies

@@ -555,7 +555,7 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  *   8009 KVSL_CTRL_LPLOG        simplex log frequency in iterations
  *                               (0 no iteration log); default 100
  *   8011 KVSL_CTRL_MIPPRESOLVE  strengthen rows and integer bounds before the
- *                               global search (on one thread): 1 (default) / 0
+ *                               global search: 1 (default) / 0
  *   8020 KVSL_CTRL_MAXNODE      node limit of the global search (default
  *                               0: no limit)
  *   8028 KVSL_CTRL_MIPLOG       global search log: 0 none, 1 summary,
@@ -592,7 +592,7 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
 #define KVSL_CTRL_PRESOLVE 8005 /**< 8005: presolve LPs: 1 (default) / 0 */
 #define KVSL_CTRL_CRASH 8006 /**< 8006: crash basis at the start of the simplex: 1 (default) / 0 */
 #define KVSL_CTRL_LPLOG 8009 /**< 8009: simplex log frequency in iterations (0 no iteration log); default 100 */
-#define KVSL_CTRL_MIPPRESOLVE 8011 /**< 8011: strengthen rows and integer bounds before the global search (on one thread): 1 (default) / 0 */
+#define KVSL_CTRL_MIPPRESOLVE 8011 /**< 8011: strengthen rows and integer bounds before the global search: 1 (default) / 0 */
 #define KVSL_CTRL_MAXNODE 8020 /**< 8020: node limit of the global search (default 0: no limit) */
 #define KVSL_CTRL_MIPLOG 8028 /**< 8028: global search log: 0 none, 1 summary, 2 and more per node and cut pass (default 1) */
 #define KVSL_CTRL_OUTPUTLOG 8035 /**< 8035: 1 (default): produce log lines for the message callback; 0: no log lines at all */

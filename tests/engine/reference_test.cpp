@@ -119,8 +119,8 @@ INSTANTIATE_TEST_SUITE_P(Miplib, MiplibTest, ::testing::ValuesIn(miplib_models),
 INSTANTIATE_TEST_SUITE_P(DISABLED_MiplibSlow, MiplibTest, ::testing::ValuesIn(miplib_slow_models),
                          model_name);
 
-// On one thread the search strengthens its rows and integer bounds at the
-// root (threaded searches do not): the same models on one thread.
+// The same models on one thread: the search's tree cuts differ from a
+// threaded search's (root only there), its subtrees run inside Clp.
 class MiplibOneThreadTest : public MiplibTest {};
 
 TEST_P(MiplibOneThreadTest, ReachesThePublishedOptimum) {
