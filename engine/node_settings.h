@@ -17,9 +17,10 @@ constexpr int cut_frequency = -98;
 constexpr int cut_frequency_unbounded = -1;
 
 // Branching of a search over integer columns only (no objects of the
-// engine's own): strong branching trust by size of the model (lower until
-// the search has a cutoff, when `one_thread`), strong branching trials of
-// bounded length; with `subtrees`, deep nodes are searched inside Clp.
+// engine's own): strong branching trust by size of the model, strong
+// branching trials of bounded length; with `subtrees`, deep nodes are
+// searched inside Clp.  With `one_thread`, the trust is lower and the
+// subtrees wait until the search has a cutoff.
 void tune_integer_branching(CbcModel &model, int ncols, bool subtrees, bool one_thread);
 
 }  // namespace kvsl

@@ -29,12 +29,12 @@ TEST_F(MipStrategy, DefaultStrategyRunsRoundingCuts) {
   }
 }
 
-// On one thread strong branching trusts pseudo-costs early until the search
-// has a cutoff and late from then on.  Each way of getting there reaches
-// the published optimum: enigma has no solution before its optimum (the
-// whole search at the early trust), gt2 finds solutions on the way (the
-// trust raised during the search), lseu given a cutoff from the controls
-// (the late trust from the start).
+// On one thread strong branching trusts pseudo-costs early, and Clp's
+// subtrees stay out, until the search has a cutoff.  Each way of getting
+// there reaches the published optimum: enigma has no solution before its
+// optimum (the whole search in the first settings), gt2 finds solutions on
+// the way (the settings change during the search), lseu given a cutoff from
+// the controls (the later settings from the start).
 TEST_F(MipStrategy, OneThreadReachesOptimaBeforeAndAfterACutoff) {
   struct run {
     const char *name;
