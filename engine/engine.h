@@ -69,6 +69,7 @@
 #include <vector>
 
 #include "kvsl.h"
+#include "name_list.h"
 
 #define KVSL_EXPORT extern "C" __attribute__((visibility("default")))
 
@@ -155,7 +156,7 @@ struct kvsl_prob {
   std::vector<int64_t> setstart;
   std::vector<int> setcol;
   std::vector<double> setref;
-  std::vector<std::string> rownames, colnames, setnames;
+  kvsl::name_list rownames, colnames, setnames;
   std::vector<kvsl::directive> directives;
   std::vector<int> modelcuts, delayedrows;
   std::vector<kvsl::indicator> indicators;

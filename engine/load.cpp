@@ -7,6 +7,7 @@
 #include <cstring>
 #include <new>
 
+#include <ClpPackedMatrix.hpp>
 #include <ClpSimplex.hpp>
 #include <CoinPackedMatrix.hpp>
 
@@ -123,22 +124,24 @@ CoinPackedMatrix quadratic_matrix(const load_args &a) {
   return q;
 }
 
-// Build the backend model of a load; copies the arrays once.
-std::unique_ptr<ClpSimplex> build_model(kvsl_prob *prob, const load_args &a) {
-  auto m = std::make_unique<ClpSimplex>();
-  m->passInMessageHandler(prob->log.get());
-  int n = a.ncols;
-  std::vector<CoinBigIndex> start(n + 1, 0);
-  std::vector<int> length(n, 0);
-  for (int j = 0; j < n; ++j) {
-    start[j] = static_cast<CoinBigIndex>(col_begin(a, j));
-    length[j] = static_cast<int>(col_end(a, j) - col_begin(a, j));
-  }
-  if (n > 0) start[n] = static_cast<CoinBigIndex>(col_end(a, n - 1));
-  std::vector<double> lb(n), ub(n), rlo(a.nrows), rup(a.nrows);
+// The backend's starting point for one column or row, as its own load call
+// sets it: the lower bound when positive, else the upper bound when
+// negative, else 0.
+double starting_value(double lo, double up) {
+  if (lo > 0.0) return lo;
+  if (up < 0.0) return up;
+  return 0.0;
+}
+
+// Column bounds, objective and row activity bounds written straight into
+// the arrays of a backend model of the right size, with its starting point.
+void fill_bounds(ClpSimplex &m, const load_args &a) {
+  const int n = a.ncols;
+  double *lb = m.columnLower(), *ub = m.columnUpper(), *obj = m.objective();
   for (int j = 0; j < n; ++j) {
     lb[j] = a.lb != nullptr ? kvsl::to_backend(a.lb[j]) : 0.0;
     ub[j] = a.ub != nullptr ? kvsl::to_backend(a.ub[j]) : COIN_DBL_MAX;
+    obj[j] = a.obj != nullptr ? a.obj[j] : 0.0;
   }
   for (int k = 0; k < a.nglobal; ++k)
     if (a.enttype[k] == 'B') {
@@ -146,13 +149,65 @@ std::unique_ptr<ClpSimplex> build_model(kvsl_prob *prob, const load_args &a) {
       lb[j] = std::max(lb[j], 0.0);
       ub[j] = std::min(ub[j], 1.0);
     }
-  for (int i = 0; i < a.nrows; ++i) row_bounds(a, i, rlo[i], rup[i]);
-  static const int no_index = 0;
-  static const double no_value = 0.0;
-  const int *ind = a.rowind != nullptr ? a.rowind : &no_index;
-  const double *val = a.rowval != nullptr ? a.rowval : &no_value;
-  m->loadProblem(n, a.nrows, start.data(), ind, val, length.data(), lb.data(), ub.data(),
-                 a.obj, rlo.data(), rup.data());
+  double *x = m.primalColumnSolution();
+  for (int j = 0; j < n; ++j) x[j] = starting_value(lb[j], ub[j]);
+  double *rlo = m.rowLower(), *rup = m.rowUpper(), *act = m.primalRowSolution();
+  for (int i = 0; i < a.nrows; ++i) {
+    row_bounds(a, i, rlo[i], rup[i]);
+    act[i] = starting_value(rlo[i], rup[i]);
+  }
+}
+
+// The load's matrix in the backend's own arrays, without gaps; the backend
+// matrix takes them over, so the coefficients are copied once.
+CoinPackedMatrix *backend_matrix(const load_args &a) {
+  const int n = a.ncols;
+  int64_t nnz = 0;
+  for (int j = 0; j < n; ++j) nnz += col_end(a, j) - col_begin(a, j);
+  std::unique_ptr<CoinBigIndex[]> start(new CoinBigIndex[n + 1]);
+  std::unique_ptr<int[]> length(new int[n]);
+  std::unique_ptr<int[]> index(new int[nnz]);
+  std::unique_ptr<double[]> value(new double[nnz]);
+  CoinBigIndex at = 0;
+  for (int j = 0; j < n; ++j) {
+    const int64_t b = col_begin(a, j), e = col_end(a, j);
+    start[j] = at;
+    length[j] = static_cast<int>(e - b);
+    if (e > b) {
+      std::memcpy(index.get() + at, a.rowind + b, sizeof(int) * static_cast<size_t>(e - b));
+      std::memcpy(value.get() + at, a.rowval + b, sizeof(double) * static_cast<size_t>(e - b));
+    }
+    at += static_cast<CoinBigIndex>(e - b);
+  }
+  start[n] = at;
+  auto matrix = std::make_unique<CoinPackedMatrix>();
+  double *elem = value.release();
+  int *ind = index.release(), *len = length.release();
+  CoinBigIndex *st = start.release();
+  matrix->assignMatrix(true, a.nrows, n, at, elem, ind, st, len);
+  return matrix.release();
+}
+
+// Build the backend model of a load.  The backend is first made at its
+// size without coefficients, its bounds and objective are written in
+// place, and the matrix is handed over: no array of the load is copied
+// twice, and the peak of a large load is the model it leaves plus the
+// empty matrix's column starts and lengths.
+std::unique_ptr<ClpSimplex> build_model(kvsl_prob *prob, const load_args &a) {
+  auto m = std::make_unique<ClpSimplex>();
+  m->passInMessageHandler(prob->log.get());
+  {
+    static const int no_index = 0;
+    static const double no_value = 0.0;
+    std::vector<CoinBigIndex> empty(static_cast<size_t>(a.ncols) + 1, 0);
+    m->loadProblem(a.ncols, a.nrows, empty.data(), &no_index, &no_value, nullptr, nullptr,
+                   nullptr, nullptr, nullptr);
+  }
+  fill_bounds(*m, a);
+  std::unique_ptr<CoinPackedMatrix> coin(backend_matrix(a));
+  auto packed = std::make_unique<ClpPackedMatrix>(coin.get());
+  coin.release();   // the packed matrix owns it now
+  m->replaceMatrix(packed.release(), true);
   if (a.nqobj > 0) {
     CoinPackedMatrix q = quadratic_matrix(a);
     if (q.getNumElements() > 0) m->loadQuadraticObjective(q);
@@ -161,40 +216,52 @@ std::unique_ptr<ClpSimplex> build_model(kvsl_prob *prob, const load_args &a) {
   return m;
 }
 
-// Replace everything the problem holds by the load's data.
+// Replace everything the problem holds by the load's data.  The new state is
+// made beside the old one and only then swapped in, so that a load that
+// runs out of memory leaves the problem as it was.
 int load(kvsl_prob *prob, const load_args &a) {
   if (prob == nullptr) return KVSL_ERR_BADARG;
   if (int rc = check_args(a); rc != 0) return kvsl::fail(prob, rc);
   try {
     std::unique_ptr<ClpSimplex> m = build_model(prob, a);
+    std::string modelname = a.name != nullptr ? a.name : "";
+    std::vector<char> rowtype(a.rowtype, a.rowtype + a.nrows);
+    std::vector<double> rhs(a.rhs, a.rhs + a.nrows), range(a.nrows, 0.0);
+    for (int i = 0; i < a.nrows; ++i)
+      if (a.rowtype[i] == 'R') range[i] = a.range[i];
+    std::vector<kvsl::entity> entities;
+    entities.reserve(static_cast<size_t>(a.nglobal));
+    for (int k = 0; k < a.nglobal; ++k)
+      entities.push_back({a.enttype[k], a.entcol[k], a.entlimit != nullptr ? a.entlimit[k] : 0.0});
+    std::vector<char> settype(a.settype, a.settype + a.nsets);
+    std::vector<int64_t> setstart(a.setstart, a.setstart + (a.nsets > 0 ? a.nsets + 1 : 0));
+    std::vector<int> setcol;
+    std::vector<double> setref;
+    if (a.nsets > 0) {
+      setcol.assign(a.setcol + a.setstart[0], a.setcol + a.setstart[a.nsets]);
+      setref.assign(a.setref + a.setstart[0], a.setref + a.setstart[a.nsets]);
+      for (auto &s : setstart) s -= a.setstart[0];
+    }
+
+    // Nothing below allocates.
     prob->lp = std::move(m);
     prob->loaded = true;
     prob->ncols = a.ncols;
-    prob->modelname = a.name != nullptr ? a.name : "";
-    prob->rowtype.assign(a.rowtype, a.rowtype + a.nrows);
-    prob->rhs.assign(a.rhs, a.rhs + a.nrows);
-    prob->range.assign(a.nrows, 0.0);
-    for (int i = 0; i < a.nrows; ++i)
-      if (a.rowtype[i] == 'R') prob->range[i] = a.range[i];
+    prob->modelname.swap(modelname);
+    prob->rowtype.swap(rowtype);
+    prob->rhs.swap(rhs);
+    prob->range.swap(range);
     prob->objconst = 0.0;
     prob->has_quadratic = kvsl::quadratic_of(*prob->lp) != nullptr;
     prob->qrows.clear();   // the quadratic-row loads set them after this
-    prob->entities.clear();
-    for (int k = 0; k < a.nglobal; ++k)
-      prob->entities.push_back({a.enttype[k], a.entcol[k],
-                                a.entlimit != nullptr ? a.entlimit[k] : 0.0});
-    prob->settype.assign(a.settype, a.settype + a.nsets);
-    prob->setstart.assign(a.setstart, a.setstart + (a.nsets > 0 ? a.nsets + 1 : 0));
-    prob->setcol.clear();
-    prob->setref.clear();
-    if (a.nsets > 0) {
-      prob->setcol.assign(a.setcol + a.setstart[0], a.setcol + a.setstart[a.nsets]);
-      prob->setref.assign(a.setref + a.setstart[0], a.setref + a.setstart[a.nsets]);
-      for (auto &s : prob->setstart) s -= a.setstart[0];
-    }
-    prob->rownames.assign(a.nrows, std::string());
-    prob->colnames.assign(a.ncols, std::string());
-    prob->setnames.assign(a.nsets, std::string());
+    prob->entities.swap(entities);
+    prob->settype.swap(settype);
+    prob->setstart.swap(setstart);
+    prob->setcol.swap(setcol);
+    prob->setref.swap(setref);
+    prob->rownames.reset(a.nrows);
+    prob->colnames.reset(a.ncols);
+    prob->setnames.reset(a.nsets);
     prob->directives.clear();
     prob->modelcuts.clear();
     prob->delayedrows.clear();
@@ -415,17 +482,17 @@ KVSL_EXPORT int KVSLsetindicators(KVSLprob prob, int n, const int row[], const i
 KVSL_EXPORT int KVSLaddnames(KVSLprob prob, int type, const char names[], int first, int last) {
   if (prob == nullptr) return KVSL_ERR_BADARG;
   if (!prob->loaded) return kvsl::fail(prob, KVSL_ERR_NOTLOADED);
-  std::vector<std::string> *list = type == 1   ? &prob->rownames
-                                   : type == 2 ? &prob->colnames
-                                   : type == 3 ? &prob->setnames
-                                               : nullptr;
+  kvsl::name_list *list = type == 1   ? &prob->rownames
+                          : type == 2 ? &prob->colnames
+                          : type == 3 ? &prob->setnames
+                                      : nullptr;
   if (list == nullptr || names == nullptr || first < 0 || last < first - 1)
     return kvsl::fail(prob, KVSL_ERR_BADARG);
-  if (last >= static_cast<int>(list->size())) return kvsl::fail(prob, KVSL_ERR_INDEX);
-  const char *p = names;
-  for (int k = first; k <= last; ++k) {
-    (*list)[k] = p;
-    p += std::strlen(p) + 1;
+  if (last >= list->size()) return kvsl::fail(prob, KVSL_ERR_INDEX);
+  try {
+    list->set(first, last, names);
+  } catch (const std::bad_alloc &) {
+    return kvsl::fail(prob, KVSL_ERR_NOMEM);
   }
   return 0;
 }

@@ -55,11 +55,13 @@ std::string file_name(const kvsl_prob *prob, const char *file, const char *ext) 
 }
 
 std::string col_name(const kvsl_prob *prob, int j) {
-  return prob->colnames[j].empty() ? "C" + std::to_string(j) : prob->colnames[j];
+  const char *name = prob->colnames.get(j);
+  return *name == '\0' ? "C" + std::to_string(j) : name;
 }
 
 std::string row_name(const kvsl_prob *prob, int i) {
-  return prob->rownames[i].empty() ? "R" + std::to_string(i) : prob->rownames[i];
+  const char *name = prob->rownames.get(i);
+  return *name == '\0' ? "R" + std::to_string(i) : name;
 }
 
 // The solution a writer writes, in one shape for LP and MIP.

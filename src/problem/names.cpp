@@ -51,14 +51,18 @@ char *copy_name(MDLprob prob, const char *name) {
 }
 
 // Bucket array and tag array in one block: `count` chain heads, then one
-// 16-bit tag per bucket.  A tag has bit (hash >> 28) set for every entry of
-// its chain, so a probe for a name that is absent usually ends at the tag,
-// without following the chain into entries scattered over the pool.
+// 16-bit tag per bucket.  A tag has bits (hash >> 28) and (hash >> 24) & 15
+// set for every entry of its chain, so a probe for a name that is absent
+// usually ends at the tag, without following the chain into entries
+// scattered over the pool: a one-entry chain lets about one absent name in
+// 64 through, against one in 16 with a single bit.
 size_t table_bytes(size_t count) { return count * (sizeof(void *) + sizeof(uint16_t)); }
 uint16_t *tags_of(mdl_dict_entry **dict, int32_t count) {
   return reinterpret_cast<uint16_t *>(dict + count);
 }
-uint16_t tag_bit(uint32_t hash) { return static_cast<uint16_t>(1u << (hash >> 28)); }
+uint16_t tag_bits(uint32_t hash) {
+  return static_cast<uint16_t>((1u << (hash >> 28)) | (1u << ((hash >> 24) & 15)));
+}
 
 // How many buckets ahead the doubling prefetches the chain heads.
 constexpr size_t prefetch_distance = 8;
@@ -88,11 +92,11 @@ bool grow_dictionary(MDLprob prob) {
       if ((e->hash & old_count) == 0) {
         *low_end = e;
         low_end = &e->next;
-        low_tag |= tag_bit(e->hash);
+        low_tag |= tag_bits(e->hash);
       } else {
         *high_end = e;
         high_end = &e->next;
-        high_tag |= tag_bit(e->hash);
+        high_tag |= tag_bits(e->hash);
       }
     }
     *low_end = nullptr;
@@ -112,7 +116,7 @@ bool grow_dictionary(MDLprob prob) {
 void push_entry(MDLprob prob, uint32_t b, mdl_dict_entry *e) {
   e->next = prob->dict[b];
   prob->dict[b] = e;
-  tags_of(prob->dict, prob->dictsize)[b] |= tag_bit(e->hash);
+  tags_of(prob->dict, prob->dictsize)[b] |= tag_bits(e->hash);
 }
 
 // Format into the calling thread's name ring; null when the text does not
@@ -191,7 +195,8 @@ KVTL_API mdl_dict_entry *mdlfindname(MDLprob prob, const char *name, int flags) 
   // The chain head is needed to walk or to push; load it beside the tag.
   __builtin_prefetch(&prob->dict[b], 1);
   mdl_dict_entry *first = nullptr;
-  if ((tags_of(prob->dict, prob->dictsize)[b] & tag_bit(hash)) != 0) {
+  const uint16_t bits = tag_bits(hash);
+  if ((tags_of(prob->dict, prob->dictsize)[b] & bits) == bits) {
     first = prob->dict[b];
     while (first != nullptr && (first->hash != hash || strcmp(first->name, name) != 0))
       first = first->next;

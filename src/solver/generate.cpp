@@ -408,11 +408,13 @@ bool generator::fill_columns() {
 // Column starts, then the second pass over the constraints: right-hand
 // sides, ranges, types, coefficients and the special row lists.
 bool generator::fill_rows() {
+  // Each column's start serves as its fill position while the rows are
+  // walked (one random access a coefficient instead of two) and is moved
+  // back by the column's count afterwards.
   int64_t start = 0;
   for (int j = 0; j < ncols_; ++j) {
     a_.colstart[j] = start;
     start += counts_[j];
-    counts_[j] = 0;
   }
   int ncut = 0, ndel = 0, nind = 0;
   serials_.rewind();
@@ -426,7 +428,7 @@ bool generator::fill_rows() {
       if (t.coef == 0) return;
       const uint32_t serial = serials_.next();
       const uint32_t col = column_of_ != nullptr ? static_cast<uint32_t>(column_of_[serial]) : serial;
-      const int64_t at = a_.colstart[col] + counts_[col]++;
+      const int64_t at = a_.colstart[col]++;
       a_.rowind[at] = r;
       a_.rowval[at] = t.coef;
     });
@@ -439,6 +441,7 @@ bool generator::fill_rows() {
       ++nind;
     }
   }
+  for (int j = 0; j < ncols_; ++j) a_.colstart[j] -= counts_[j];
   return (ncut == nmodcuts_ && ndel == ndelayed_ && nind == nindicators_) || inconsistent();
 }
 
