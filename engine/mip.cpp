@@ -246,7 +246,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     bool subtrees = finite_tree && !has_search_callbacks(prob) && prob->directives.empty() &&
                     intcontrol(prob, KVSL_CTRL_MAXNODE) <= 0 &&
                     !threaded;
-    tune_integer_branching(model, solver.getNumCols(), subtrees);
+    tune_integer_branching(model, solver.getNumCols(), subtrees, !threaded);
   }
   std::shared_ptr<void> app = attach_search_callbacks(prob, model);
   apply_search_limits(prob, model);

@@ -25,9 +25,11 @@ constexpr int cut_frequency_threads = -99;
 constexpr int cut_frequency_unbounded_threads = 1;
 
 // Branching of a search over integer columns only (no objects of the
-// engine's own): strong branching trust by size of the model; with
-// `subtrees`, deep nodes are searched inside Clp.
-void tune_integer_branching(CbcModel &model, int ncols, bool subtrees);
+// engine's own): strong branching trust by size of the model, strong
+// branching trials of bounded length; with `subtrees`, deep nodes are
+// searched inside Clp.  With `one_thread`, the trust is lower and the
+// subtrees wait until the search has a cutoff.
+void tune_integer_branching(CbcModel &model, int ncols, bool subtrees, bool one_thread);
 
 }  // namespace kvsl
 
