@@ -15,12 +15,17 @@ constexpr int cut_frequency = -98;
 // How often where the tree may be infinite: at the root and at every node
 // while its cuts are of use.
 constexpr int cut_frequency_unbounded = -1;
-// The same on threads: Cbc's threaded search lets cuts that generators at
-// an automatic frequency make at a node cut off optima elsewhere in the
-// tree (lseu with rows strengthened: knapsack covers at -98 or -1 ended
-// "optimal" at 1128 against 1120, root only or every node found 1120).
-// Threads keep the generators to the root, or to every node where the tree
-// may be infinite.
+// Knapsack covers on threads: Cbc's threaded search lets the covers a
+// generator at an automatic frequency makes at a node cut off optima
+// elsewhere in the tree (lseu with rows strengthened ended "optimal" at
+// 1128 against 1120 with covers at -98 or -1, at the root only or at every
+// node it found 1120; the other generators at -98 found it too).  There
+// covers stay at the root, or go to every node where the tree may be
+// infinite.  The other generators keep their frequencies: with all of them
+// at the root only one run of bell5 on two threads had no proof after
+// eleven minutes (its threaded runs vary widely: 3 s to over two minutes
+// in the same set-up, before this change too), one with covers alone there
+// took 3 s.
 constexpr int cut_frequency_threads = -99;
 constexpr int cut_frequency_unbounded_threads = 1;
 

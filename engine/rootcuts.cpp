@@ -71,11 +71,12 @@ cut_generators::cut_generators() {
 // bound the tree may be infinite, and only cuts at its nodes close
 // branches such as those of 2x + 2y = 3: there they run at every node.
 void cut_generators::add_to(CbcModel &model, bool objects, bool finite_tree, bool threaded) {
-  const int often = threaded ? (finite_tree ? cut_frequency_threads : cut_frequency_unbounded_threads)
-                             : (finite_tree ? cut_frequency : cut_frequency_unbounded);
+  const int often = finite_tree ? cut_frequency : cut_frequency_unbounded;
+  const int knapsack_often =
+      threaded ? (finite_tree ? cut_frequency_threads : cut_frequency_unbounded_threads) : often;
   if (!objects) model.addCutGenerator(&probing, often, "Probing");
   model.addCutGenerator(&gomory, often, "Gomory");
-  model.addCutGenerator(&knapsack, often, "Knapsack");
+  model.addCutGenerator(&knapsack, knapsack_often, "Knapsack");
   model.addCutGenerator(&clique, often, "Clique");
   if (!objects) model.addCutGenerator(&flow, often, "FlowCover");
   model.addCutGenerator(&twomir, often, "TwoMirCuts");

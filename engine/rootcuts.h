@@ -47,7 +47,8 @@ struct cut_generators {
   // Add the generators to the model; objects: the search holds objects of
   // the engine's own (column entities, sets, indicator rows, held rows);
   // finite_tree: every integer column has finite bounds; threaded: the
-  // search runs on more than one thread.
+  // search may run on more than one thread (knapsack covers then keep to
+  // cut_frequency_threads).
   void add_to(CbcModel &model, bool objects, bool finite_tree, bool threaded);
 };
 

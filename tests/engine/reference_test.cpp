@@ -119,8 +119,8 @@ INSTANTIATE_TEST_SUITE_P(Miplib, MiplibTest, ::testing::ValuesIn(miplib_models),
 INSTANTIATE_TEST_SUITE_P(DISABLED_MiplibSlow, MiplibTest, ::testing::ValuesIn(miplib_slow_models),
                          model_name);
 
-// The same models on one thread: the search's tree cuts differ from a
-// threaded search's (root only there), its subtrees run inside Clp.
+// The same models on one thread: its knapsack covers run in the tree (a
+// threaded search's at the root only), its subtrees inside Clp.
 class MiplibOneThreadTest : public MiplibTest {};
 
 TEST_P(MiplibOneThreadTest, ReachesThePublishedOptimum) {
