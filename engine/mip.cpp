@@ -186,7 +186,8 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   // bounds; where it was right it did not pay (vpm2: 3 032 nodes against
   // 288).
   // Threads strengthen too: the threaded search's wrong optimum on lseu's
-  // strengthened rows was its tree cuts' (see cut_frequency_threads).
+  // strengthened rows came from its knapsack covers in the tree (see
+  // knapsack_frequency_threads).
   if (intcontrol(prob, KVSL_CTRL_MIPPRESOLVE) != 0)
     strengthen_rows(solver, plain_integer_columns(prob, solver.getNumCols()));
   if (!solve_root(prob, solver))

@@ -26,8 +26,8 @@ constexpr int cut_frequency_unbounded = -1;
 // eleven minutes (its threaded runs vary widely: 3 s to over two minutes
 // in the same set-up, before this change too), one with covers alone there
 // took 3 s.
-constexpr int cut_frequency_threads = -99;
-constexpr int cut_frequency_unbounded_threads = 1;
+constexpr int knapsack_frequency_threads = -99;
+constexpr int knapsack_frequency_unbounded_threads = 1;
 
 // Branching of a search over integer columns only (no objects of the
 // engine's own): strong branching trust by size of the model, strong

@@ -72,8 +72,9 @@ cut_generators::cut_generators() {
 // branches such as those of 2x + 2y = 3: there they run at every node.
 void cut_generators::add_to(CbcModel &model, bool objects, bool finite_tree, bool threaded) {
   const int often = finite_tree ? cut_frequency : cut_frequency_unbounded;
-  const int knapsack_often =
-      threaded ? (finite_tree ? cut_frequency_threads : cut_frequency_unbounded_threads) : often;
+  const int threaded_knapsack =
+      finite_tree ? knapsack_frequency_threads : knapsack_frequency_unbounded_threads;
+  const int knapsack_often = threaded ? threaded_knapsack : often;
   if (!objects) model.addCutGenerator(&probing, often, "Probing");
   model.addCutGenerator(&gomory, often, "Gomory");
   model.addCutGenerator(&knapsack, knapsack_often, "Knapsack");

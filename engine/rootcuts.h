@@ -48,7 +48,7 @@ struct cut_generators {
   // the engine's own (column entities, sets, indicator rows, held rows);
   // finite_tree: every integer column has finite bounds; threaded: the
   // search may run on more than one thread (knapsack covers then keep to
-  // cut_frequency_threads).
+  // knapsack_frequency_threads).
   void add_to(CbcModel &model, bool objects, bool finite_tree, bool threaded);
 };
 
