@@ -103,6 +103,40 @@ void draw_set(rng &r, model &m, char type) {
   m.weights.push_back(w);
 }
 
+// A larger pure integer model: knapsack-like rows whose LP optimum is
+// fractional, under an objective that pushes the columns against them.
+model generate_large(rng &r, unsigned kinds) {
+  model m;
+  m.sense = r.chance(50) ? 1 : -1;
+  int n = r.in(14, 18), rows = r.in(3, 7);
+  for (int j = 0; j < n; ++j) {
+    const bool binary = r.chance(90);
+    m.coltype.push_back(binary ? 'B' : 'I');
+    m.lb.push_back(0);
+    m.ub.push_back(binary ? 1 : r.in(1, 3));
+    m.limit.push_back(0);
+    m.obj.push_back(-m.sense * r.in(1, 20));
+  }
+  const int top = (kinds & k_wide) != 0 ? 40 : 15;
+  for (int i = 0; i < rows; ++i) {
+    char t = r.chance(70) ? 'L' : r.chance(50) ? 'G' : 'E';
+    std::vector<double> row(n, 0.0);
+    double sum = 0;
+    for (int j = 0; j < n; ++j)
+      if (r.chance(70)) {
+        row[j] = r.in(1, top);
+        sum += row[j] * m.ub[j];
+      }
+    double rhs = std::floor(sum * r.in(30, 60) / 100.0);
+    if (t == 'G') rhs = std::floor(sum * r.in(10, 30) / 100.0);
+    m.rowtype.push_back(t);
+    m.rhs.push_back(rhs);
+    m.range.push_back(0.0);
+    m.a.push_back(row);
+  }
+  return m;
+}
+
 // Number of combinations the oracle enumerates (capped).
 double combinations(const model &m);
 
@@ -111,6 +145,11 @@ double combinations(const model &m);
 model generate(uint64_t seed, unsigned kinds) {
   for (uint64_t attempt = 0;; ++attempt) {
     rng r(seed * 1000003ull + attempt);
+    if ((kinds & k_large) != 0) {
+      model m = generate_large(r, kinds);
+      if (combinations(m) <= 300000) return m;
+      continue;
+    }
     model m;
     m.sense = r.chance(50) ? 1 : -1;
     int n = r.in(2, 8), rows = r.in(1, 5);
@@ -340,7 +379,28 @@ verdict solve(const model &m) {
         if (lo[j] > up[j]) empty = true;
       }
     }
-    if (!empty) {
+    bool fixed = !empty;
+    for (int j = 0; j < n && fixed; ++j) fixed = lo[j] == up[j];
+    if (fixed) {
+      // Every column fixed: the point itself against the rows in force.
+      bool holds = true;
+      for (int i = 0; i < m.nrows() && holds; ++i) {
+        bool off = false;
+        for (int k = 0; k < static_cast<int>(m.indrow.size()); ++k)
+          if (m.indrow[k] == i && static_cast<int>(lo[m.indcol[k]]) != (m.indflag[k] > 0 ? 1 : 0))
+            off = true;
+        if (off) continue;
+        double act = 0.0;
+        for (int j = 0; j < n; ++j) act += m.a[i][j] * lo[j];
+        holds = act >= rlo[i] - 1e-9 && act <= rup[i] + 1e-9;
+      }
+      if (holds) {
+        double obj = 0.0;
+        for (int j = 0; j < n; ++j) obj += m.obj[j] * lo[j];
+        if (!found || m.sense * (obj - best) < 0) best = obj;
+        found = true;
+      }
+    } else if (!empty) {
       for (int j = 0; j < n; ++j) lp.setColumnBounds(j, backend(lo[j]), backend(up[j]));
       for (int i = 0; i < m.nrows(); ++i) lp.setRowBounds(i, rlo[i], rup[i]);
       for (int k = 0; k < static_cast<int>(m.indrow.size()); ++k) {

@@ -25,6 +25,7 @@ enum kinds : unsigned {
   k_heldout = 64,    // delayed rows and model cuts
   k_directive = 128, // branching directives
   k_wide = 256,      // coefficients of many sizes, some above the rows' sides
+  k_large = 512,     // 14 to 18 integer columns, 3 to 7 knapsack rows: searches that branch
 };
 
 // A small model with entities, stated densely.

@@ -23,6 +23,7 @@ class MipOracle : public EngineTest {
     if (int rc = load(p, m); rc != 0) return "load failed: " + std::to_string(rc);
     KVSLsetdblcontrol(p, KVSL_CTRL_MIPRELGAP, 0.0);
     KVSLsetdblcontrol(p, KVSL_CTRL_MIPABSGAP, 0.0);
+    if (threads_ > 1) KVSLsetintcontrol(p, KVSL_CTRL_THREADS, threads_);
     int rc;
     // KVSLminim and KVSLmaxim search only a model with entities; without
     // them they solve the LP, so such a model goes to KVSLmipoptimize.
@@ -74,6 +75,9 @@ class MipOracle : public EngineTest {
     }
     EXPECT_EQ(failures, 0) << "of " << count << " models";
   }
+
+  // Threads of the searches (the engine's default: 1).
+  int threads_ = 1;
 };
 
 // The counts add up to 22 500 models.
@@ -90,6 +94,27 @@ TEST_F(MipOracle, EverythingMixed) { run(800001, 3000, 0xFF); }
 // root strengthening of rows and bounds has the most to do.
 TEST_F(MipOracle, WideCoefficients) { run(900001, 1500, k_integer | k_wide); }
 TEST_F(MipOracle, WideCoefficientsMixed) { run(950001, 1000, 0xFF | k_wide); }
+
+// Larger integer models, whose searches branch (the small ones above mostly
+// end at the root).
+TEST_F(MipOracle, LargerIntegerModels) { run(30000001, 300, k_integer | k_large); }
+TEST_F(MipOracle, LargerWideIntegerModels) { run(30500001, 300, k_integer | k_large | k_wide); }
+
+// Searches on two threads, each thread with its own tree and cut
+// generators (a threaded search once returned a suboptimal "optimal"
+// answer on lseu).
+TEST_F(MipOracle, TwoThreadsLargerIntegerModels) {
+  threads_ = 2;
+  run(31000001, 300, k_integer | k_large);
+}
+TEST_F(MipOracle, TwoThreadsLargerWideIntegerModels) {
+  threads_ = 2;
+  run(31500001, 300, k_integer | k_large | k_wide);
+}
+TEST_F(MipOracle, TwoThreadsEverythingMixed) {
+  threads_ = 2;
+  run(22000001, 1000, 0xFF);
+}
 
 // Disagreements the oracle found, each kept as a named case.
 TEST_F(MipOracle, PartialIntegerStaysAboveItsLimitWhenChecked) { EXPECT_EQ(check(200151, k_partint), ""); }
@@ -132,6 +157,17 @@ TEST_F(MipOracle, DISABLED_ManyMore) {
     run(first, 25000, k);
     first += 1000000;
   }
+  run(32000001, 10000, k_integer | k_large);
+  run(33000001, 10000, k_integer | k_large | k_wide);
+}
+
+// And on two threads.
+TEST_F(MipOracle, DISABLED_TwoThreadsManyMore) {
+  threads_ = 2;
+  run(34000001, 10000, k_integer | k_large);
+  run(35000001, 10000, k_integer | k_large | k_wide);
+  run(36000001, 25000, 0xFF);
+  run(37000001, 25000, 0xFF | k_wide);
 }
 
 }  // namespace
