@@ -6,10 +6,17 @@
 #include "rootcuts.h"
 
 #include <cmath>
+#include <initializer_list>
 #include <numeric>
 #include <vector>
 
 #include <CbcHeuristic.hpp>
+#include <CbcHeuristicDiveCoefficient.hpp>
+#include <CbcHeuristicDiveFractional.hpp>
+#include <CbcHeuristicDiveGuided.hpp>
+#include <CbcHeuristicDiveLineSearch.hpp>
+#include <CbcHeuristicDivePseudoCost.hpp>
+#include <CbcHeuristicDiveVectorLength.hpp>
 #include <CbcHeuristicFPump.hpp>
 #include <CbcHeuristicLocal.hpp>
 #include <CbcHeuristicRINS.hpp>
@@ -32,6 +39,23 @@ bool has_huge_finite_bound(const OsiSolverInterface &si) {
   }
   return false;
 }
+
+// The diving heuristics run at the root and in the first nodes only
+// (early_dive_nodes).  Left to run in every node they found nothing more
+// and cost stein27 70% more time over the same 1 220 nodes.
+constexpr int early_dive_nodes = 100;
+
+// A diving heuristic of kind Dive that stays out of the search after its
+// first early_dive_nodes nodes.
+template <class Dive>
+class early_dive : public Dive {
+ public:
+  explicit early_dive(CbcModel &model) : Dive(model) {}
+  early_dive *clone() const override { return new early_dive(*this); }
+  bool canHeuristicRun() override {
+    return this->model_->getNodeCount() <= early_dive_nodes && Dive::canHeuristicRun();
+  }
+};
 
 }  // namespace
 
@@ -117,6 +141,20 @@ void add_heuristics(CbcModel &model) {
   model.addHeuristic(&local);
   CbcHeuristicRINS rins(model);
   model.addHeuristic(&rins);
+  // Dives from the node's LP solution, rounding one column at a time by
+  // each rule: over 6 row orders of each of the 20 MIPLIB models they took
+  // bell5 from 39.7 s to 11.3 s, gt2 from 3.7 s to 0.35 s (117 614 nodes to
+  // none in its worst order) and dcmulti from 7.5 s to 6.3 s, at 0.01 to
+  // 0.2 s more on models they do not help; 292 s against 317 s in all.
+  early_dive<CbcHeuristicDiveCoefficient> coefficient(model);
+  early_dive<CbcHeuristicDiveFractional> fractional(model);
+  early_dive<CbcHeuristicDiveGuided> guided(model);
+  early_dive<CbcHeuristicDiveVectorLength> vector_length(model);
+  early_dive<CbcHeuristicDivePseudoCost> pseudo_cost(model);
+  early_dive<CbcHeuristicDiveLineSearch> line_search(model);
+  for (CbcHeuristic *dive : std::initializer_list<CbcHeuristic *>{
+           &coefficient, &fractional, &guided, &vector_length, &pseudo_cost, &line_search})
+    model.addHeuristic(dive);
 }
 
 }  // namespace kvsl
