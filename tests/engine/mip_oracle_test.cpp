@@ -109,9 +109,9 @@ TEST_F(MipOracle, LargerWideIntegerModels) {
   run(30500001, larger_count, k_integer | k_large | k_wide);
 }
 
-// Searches on two threads, each thread with its own tree and cut
-// generators (a threaded search once returned a suboptimal "optimal"
-// answer on lseu).
+// Searches on two threads, which take the nodes of one tree, each with its
+// own copy of the LP and the cut generators (a threaded search once
+// returned a suboptimal "optimal" answer on lseu).
 TEST_F(MipOracle, TwoThreadsLargerIntegerModels) {
   threads_ = 2;
   run(31000001, larger_count, k_integer | k_large);
