@@ -19,6 +19,16 @@ namespace kvsl {
 
 namespace {
 
+// The column's value in the node's LP solution, within the node's bounds.
+// The simplex may leave a value outside a bound by up to its feasibility
+// tolerance: 0.999999 in a node that has already put the column at 1 or
+// above.  Read raw, it looked like a value between 0 and the limit, and the
+// only branch left, up to the limit, changed nothing: the search branched
+// on it without end.
+double node_value(const OsiBranchingInformation *info, int col) {
+  return std::min(std::max(info->solution_[col], info->lower_[col]), info->upper_[col]);
+}
+
 // Does a semi-continuous column need branching: is 0 separate from its
 // non-zero range within its bounds?
 bool semicont_splits(double lb, double ub, double limit) {
@@ -34,7 +44,7 @@ class semicont_object : public CbcObject {
   int columnNumber() const override { return col_; }
 
   double infeasibility(const OsiBranchingInformation *info, int &way) const override {
-    double x = info->solution_[col_];
+    double x = node_value(info, col_);
     double tol = info->primalTolerance_;
     if (std::fabs(x) <= tol || x >= limit_ - tol) return 0.0;
     way = preferredWay_ != 0 ? preferredWay_ : (x < 0.5 * limit_ ? -1 : 1);
@@ -55,7 +65,7 @@ class semicont_object : public CbcObject {
 
   CbcBranchingObject *createCbcBranch(OsiSolverInterface *, const OsiBranchingInformation *info,
                                       int way) override {
-    return new bound_branch(model_, col_, way, info->solution_[col_],
+    return new bound_branch(model_, col_, way, node_value(info, col_),
                             {{col_, -COIN_DBL_MAX, 0.0}}, {{col_, limit_, COIN_DBL_MAX}},
                             info->lower_, info->upper_);
   }
@@ -74,7 +84,7 @@ class partint_object : public CbcObject {
   int columnNumber() const override { return col_; }
 
   double infeasibility(const OsiBranchingInformation *info, int &way) const override {
-    double x = info->solution_[col_];
+    double x = node_value(info, col_);
     double frac = x - std::floor(x);
     double away = std::min(frac, 1.0 - frac);
     if (x >= limit_ - info->primalTolerance_ || away <= info->integerTolerance_) return 0.0;
@@ -99,7 +109,7 @@ class partint_object : public CbcObject {
 
   CbcBranchingObject *createCbcBranch(OsiSolverInterface *, const OsiBranchingInformation *info,
                                       int way) override {
-    double x = info->solution_[col_];
+    double x = node_value(info, col_);
     return new bound_branch(model_, col_, way, x, {{col_, -COIN_DBL_MAX, std::floor(x)}},
                             {{col_, std::min(std::ceil(x), limit_), COIN_DBL_MAX}}, info->lower_,
                             info->upper_);

@@ -160,6 +160,16 @@ TEST_F(MipOracle, KnapsackCoversFromModelRowsOnly) {
   EXPECT_EQ(check(34009009, k_integer | k_large), "");
 }
 
+// A semi-continuous integer column the node had already put at its limit
+// of 1 came back from the simplex at 0.999999; taken for a value below the
+// limit, its branch changed nothing and the search never ended (with a
+// directive giving the column priority, on one thread and on two).
+TEST_F(MipOracle, SemiContinuousAtItsLimitWithinTolerance) {
+  EXPECT_EQ(check(37001733, 0xFF | k_wide), "");
+  threads_ = 2;
+  EXPECT_EQ(check(37001733, 0xFF | k_wide), "");
+}
+
 // Rounding took free rows for rows bounded at zero.
 TEST_F(MipOracle, RoundingCutsBesideFreeRows) {
   EXPECT_EQ(check(808, k_integer), "");
