@@ -19,16 +19,6 @@ namespace kvsl {
 
 namespace {
 
-// The column's value in the node's LP solution, within the node's bounds.
-// The simplex may leave a value outside a bound by up to its feasibility
-// tolerance: 0.999999 in a node that has already put the column at 1 or
-// above.  Read raw, it looked like a value between 0 and the limit, and the
-// only branch left, up to the limit, changed nothing: the search branched
-// on it without end.
-double node_value(const OsiBranchingInformation *info, int col) {
-  return std::min(std::max(info->solution_[col], info->lower_[col]), info->upper_[col]);
-}
-
 // Does a semi-continuous column need branching: is 0 separate from its
 // non-zero range within its bounds?
 bool semicont_splits(double lb, double ub, double limit) {

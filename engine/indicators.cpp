@@ -33,9 +33,9 @@ class indicator_object : public CbcObject {
   // Infeasible while the row is relaxed and the column may be active.
   double infeasibility(const OsiBranchingInformation *info, int &way) const override {
     double relaxed = 0.0;
-    for (int s : slacks_) relaxed += std::fabs(info->solution_[s]);
+    for (int s : slacks_) relaxed += std::fabs(node_value(info, s));
     if (relaxed <= info->primalTolerance_) return 0.0;
-    double z = info->solution_[col_];
+    double z = node_value(info, col_);
     if (std::fabs(z - (1 - active_)) <= info->integerTolerance_) return 0.0;
     way = preferredWay_ != 0 ? preferredWay_ : (z >= 0.5 ? 1 : -1);
     return std::clamp(relaxed / (1.0 + relaxed), 1e-6, 0.5);
@@ -52,7 +52,7 @@ class indicator_object : public CbcObject {
 
   CbcBranchingObject *createCbcBranch(OsiSolverInterface *, const OsiBranchingInformation *info,
                                       int way) override {
-    return new bound_branch(model_, col_, way, info->solution_[col_], arm(0), arm(1),
+    return new bound_branch(model_, col_, way, node_value(info, col_), arm(0), arm(1),
                             info->lower_, info->upper_);
   }
 

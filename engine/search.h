@@ -29,6 +29,17 @@ inline bool within(double v, double lo, double hi) {
   return v >= lo - t && v <= hi + t;
 }
 
+// A column's value in the node's LP solution, within the node's bounds.
+// The simplex may leave a value outside a bound by up to its feasibility
+// tolerance: 0.999999 in a node that has already put the column at 1 or
+// above.  Read raw, such a value makes an object look unsatisfied whose
+// only branch left changes nothing, and the search branches on it without
+// end (a semi-continuous integer column at its limit of 1 did).
+inline double node_value(const OsiBranchingInformation *info, int col) {
+  double v = info->solution_[col];
+  return v < info->lower_[col] ? info->lower_[col] : v > info->upper_[col] ? info->upper_[col] : v;
+}
+
 // Directives of the loaded problem by column and by set (null: none).
 class directive_index {
  public:

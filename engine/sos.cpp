@@ -29,11 +29,12 @@ class set_object : public CbcObject {
   CbcObject *clone() const override { return new set_object(*this); }
 
   double infeasibility(const OsiBranchingInformation *info, int &way) const override {
+    const std::vector<double> x = member_values(info);
     double tol = info->primalTolerance_;
     int first = -1, last = -1;
     double total = 0.0;
     for (int k = 0; k < size(); ++k) {
-      double v = std::fabs(info->solution_[cols_[k]]);
+      double v = x[k];
       if (v <= tol) continue;
       if (first < 0) first = k;
       last = k;
@@ -41,21 +42,23 @@ class set_object : public CbcObject {
     }
     if (first < 0 || last - first < width_) return 0.0;
     way = preferredWay_ != 0 ? preferredWay_ : -1;
-    double kept = best_window_mass(info->solution_);
+    double kept = best_window_mass(x);
     return std::clamp(1.0 - kept / total, 1e-6, 0.5);
   }
 
   using CbcObject::feasibleRegion;
   void feasibleRegion() override { feasibleRegion(model_->solver(), nullptr); }
   double feasibleRegion(OsiSolverInterface *solver, const OsiBranchingInformation *) const override {
-    const double *x = solver->getColSolution();
+    const double *solution = solver->getColSolution();
+    std::vector<double> x(cols_.size());
+    for (int k = 0; k < size(); ++k) x[k] = std::fabs(solution[cols_[k]]);
     int start = best_window(x);
     std::vector<bound_change> fix;
     double moved = 0.0;
     for (int k = 0; k < size(); ++k) {
       if (k >= start && k < start + width_) continue;
       fix.push_back({cols_[k], 0.0, 0.0});
-      moved += std::fabs(x[cols_[k]]);
+      moved += x[k];
     }
     apply_changes(solver, fix);
     return moved;
@@ -67,12 +70,12 @@ class set_object : public CbcObject {
   // arm those after it.
   CbcBranchingObject *createCbcBranch(OsiSolverInterface *, const OsiBranchingInformation *info,
                                       int way) override {
-    const double *x = info->solution_;
+    const std::vector<double> x = member_values(info);
     double tol = info->primalTolerance_;
     int first = -1, last = -1;
     double mass = 0.0, moment = 0.0;
     for (int k = 0; k < size(); ++k) {
-      double v = std::fabs(x[cols_[k]]);
+      double v = x[k];
       if (v <= tol) continue;
       if (first < 0) first = k;
       last = k;
@@ -99,13 +102,20 @@ class set_object : public CbcObject {
 
  private:
   int size() const { return static_cast<int>(cols_.size()); }
-  // Start of the window of width_ members with the most absolute value.
-  int best_window(const double *x) const {
+  // Absolute values of the members in the node (within its bounds).
+  std::vector<double> member_values(const OsiBranchingInformation *info) const {
+    std::vector<double> x(cols_.size());
+    for (int k = 0; k < size(); ++k) x[k] = std::fabs(node_value(info, cols_[k]));
+    return x;
+  }
+  // Start of the window of width_ members with the most absolute value (x:
+  // the members' absolute values).
+  int best_window(const std::vector<double> &x) const {
     int best = 0;
     double most = -1.0;
     for (int k = 0; k + width_ <= std::max(size(), width_); ++k) {
       double m = 0.0;
-      for (int i = k; i < std::min(k + width_, size()); ++i) m += std::fabs(x[cols_[i]]);
+      for (int i = k; i < std::min(k + width_, size()); ++i) m += x[i];
       if (m > most) {
         most = m;
         best = k;
@@ -113,10 +123,10 @@ class set_object : public CbcObject {
     }
     return best;
   }
-  double best_window_mass(const double *x) const {
+  double best_window_mass(const std::vector<double> &x) const {
     int k = best_window(x);
     double m = 0.0;
-    for (int i = k; i < std::min(k + width_, size()); ++i) m += std::fabs(x[cols_[i]]);
+    for (int i = k; i < std::min(k + width_, size()); ++i) m += x[i];
     return m;
   }
 
