@@ -382,19 +382,8 @@ verdict solve(const model &m) {
     bool fixed = !empty;
     for (int j = 0; j < n && fixed; ++j) fixed = lo[j] == up[j];
     if (fixed) {
-      // Every column fixed: the point itself against the rows in force.
-      bool holds = true;
-      for (int i = 0; i < m.nrows() && holds; ++i) {
-        bool off = false;
-        for (int k = 0; k < static_cast<int>(m.indrow.size()); ++k)
-          if (m.indrow[k] == i && static_cast<int>(lo[m.indcol[k]]) != (m.indflag[k] > 0 ? 1 : 0))
-            off = true;
-        if (off) continue;
-        double act = 0.0;
-        for (int j = 0; j < n; ++j) act += m.a[i][j] * lo[j];
-        holds = act >= rlo[i] - 1e-9 && act <= rup[i] + 1e-9;
-      }
-      if (holds) {
+      // Every column fixed: the point itself, checked as solutions are.
+      if (feasible(m, lo, nullptr)) {
         double obj = 0.0;
         for (int j = 0; j < n; ++j) obj += m.obj[j] * lo[j];
         if (!found || m.sense * (obj - best) < 0) best = obj;
