@@ -28,10 +28,10 @@ import os
 import random
 import re
 import statistics
-import subprocess
 import sys
 import tempfile
-import time
+
+from reap import reap
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 ROOT = os.path.dirname(HERE)
@@ -42,22 +42,8 @@ ALL_MODELS = ["p0033", "p0201", "p0282", "p0548", "lseu", "egout", "flugpl", "be
 
 def run(cmd, cap):
     """Run cmd; (stdout, cpu seconds, wall seconds, capped)."""
-    start = time.perf_counter()
-    proc = subprocess.Popen(cmd, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-    capped = False
-    while True:
-        pid, status, usage = os.wait4(proc.pid, os.WNOHANG)
-        if pid != 0:
-            break
-        if time.perf_counter() - start > cap:
-            proc.kill()
-            _, status, usage = os.wait4(proc.pid, 0)
-            capped = True
-            break
-        time.sleep(0.002)
-    wall = time.perf_counter() - start
-    out = proc.stdout.read().decode(errors="replace")
-    proc.stdout.close()
+    out, err, status, usage, wall, capped = reap(cmd, cap)
+    out += err
     if not capped and os.waitstatus_to_exitcode(status) != 0:
         raise RuntimeError(f"{' '.join(cmd)} failed: {out.strip()[-500:]}")
     return out, usage.ru_utime + usage.ru_stime, wall, capped

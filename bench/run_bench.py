@@ -21,6 +21,8 @@ import subprocess
 import sys
 import time
 
+from reap import reap
+
 HERE = os.path.dirname(os.path.abspath(__file__))
 ROOT = os.path.dirname(HERE)
 PYTHON = "/usr/bin/python3"   # the interpreter that sees Debian's PuLP
@@ -49,27 +51,12 @@ class Child:
 
     @staticmethod
     def run(cmd, timeout=None):
-        start = time.perf_counter()
-        proc = subprocess.Popen(cmd, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        # Outputs are one line or a short log: the pipes cannot fill up.
-        deadline = None if timeout is None else start + timeout
-        while True:
-            pid, status, usage = os.wait4(proc.pid, os.WNOHANG)
-            if pid != 0:
-                break
-            if deadline is not None and time.perf_counter() > deadline:
-                proc.kill()
-                os.wait4(proc.pid, 0)
-                raise TimeoutError(" ".join(cmd))
-            time.sleep(0.002)
-        wall = time.perf_counter() - start
-        proc.returncode = os.waitstatus_to_exitcode(status)
-        out = proc.stdout.read().decode()
-        err = proc.stderr.read().decode()
-        proc.stdout.close()
-        proc.stderr.close()
-        if proc.returncode != 0:
-            raise RuntimeError(f"{' '.join(cmd)} failed ({proc.returncode}): {err.strip()[-500:]}")
+        out, err, status, usage, wall, capped = reap(cmd, timeout)
+        if capped:
+            raise TimeoutError(" ".join(cmd))
+        returncode = os.waitstatus_to_exitcode(status)
+        if returncode != 0:
+            raise RuntimeError(f"{' '.join(cmd)} failed ({returncode}): {err.strip()[-500:]}")
         return out, usage.ru_maxrss / 1024.0, wall
 
 
