@@ -137,6 +137,109 @@ model generate_large(rng &r, unsigned kinds) {
   return m;
 }
 
+// Append a row over the model's columns.
+void add_row(model &m, char type, double rhs, std::vector<double> row) {
+  m.rowtype.push_back(type);
+  m.rhs.push_back(rhs);
+  m.range.push_back(0.0);
+  row.resize(static_cast<size_t>(m.ncols()), 0.0);
+  m.a.push_back(std::move(row));
+}
+
+// Append a column; its index.
+int add_column(model &m, char type, double lb, double ub, double cost) {
+  m.coltype.push_back(type);
+  m.lb.push_back(lb);
+  m.ub.push_back(ub);
+  m.limit.push_back(0);
+  m.obj.push_back(cost);
+  for (auto &row : m.a) row.push_back(0.0);
+  return m.ncols() - 1;
+}
+
+// Integer columns whose continuous columns carry costs in a part of the
+// model where, the integer columns fixed, the continuous optimum is
+// integral (the objective's values then lie on a lattice the search may
+// prune by), and near misses that break that by a half somewhere: largest
+// deviations of integer sums from targets, flows from opened supplies to
+// demands, and random rows of one or two continuous columns.
+model generate_network(rng &r) {
+  model m;
+  m.sense = r.chance(50) ? 1 : -1;
+  auto cost = [&](int lo, int hi) { return static_cast<double>(m.sense * r.in(lo, hi)); };
+  auto half = [&](int percent) { return r.chance(percent) ? 0.5 : 0.0; };
+  const int form = r.in(0, 2);
+  if (form == 0) {
+    // min d: sum_j a_kj x_j + s_k - t_k = b_k, d >= s_k, d >= t_k.
+    const int nint = r.in(2, 6), targets = r.in(1, 3);
+    for (int j = 0; j < nint; ++j) {
+      const bool binary = r.chance(60);
+      add_column(m, binary ? 'B' : 'I', 0, binary ? 1 : r.in(1, 3), r.chance(50) ? 0 : cost(-3, 3));
+    }
+    const int d = add_column(m, 'C', 0, inf, cost(1, 3));
+    for (int k = 0; k < targets; ++k) {
+      const int s = add_column(m, 'C', 0, inf, 0), t = add_column(m, 'C', 0, inf, 0);
+      std::vector<double> row(static_cast<size_t>(m.ncols()), 0.0);
+      for (int j = 0; j < nint; ++j) row[j] = r.in(-6, 6);
+      row[s] = 1;
+      row[t] = -1;
+      add_row(m, 'E', r.in(-5, 15) + half(15), row);
+      std::vector<double> above(static_cast<size_t>(m.ncols()), 0.0), below(above);
+      above[d] = r.chance(5) ? 2 : 1;
+      above[s] = -1;
+      below[d] = 1;
+      below[t] = -1;
+      add_row(m, 'G', 0, above);
+      add_row(m, 'G', 0, below);
+    }
+  } else if (form == 1) {
+    // Supplies i opened by y_i: sum_j x_ij <= c_i y_i, x_ij <= u y_i; demands
+    // sum_i x_ij >= d_j.
+    const int supplies = r.in(2, 3), demands = r.in(2, 3);
+    std::vector<int> y, x;
+    for (int i = 0; i < supplies; ++i) y.push_back(add_column(m, 'B', 0, 1, cost(2, 12)));
+    for (int k = 0; k < supplies * demands; ++k) x.push_back(add_column(m, 'C', 0, inf, cost(1, 5)));
+    for (int i = 0; i < supplies; ++i) {
+      std::vector<double> row(static_cast<size_t>(m.ncols()), 0.0);
+      for (int j = 0; j < demands; ++j) row[x[i * demands + j]] = 1;
+      row[y[i]] = -r.in(2, 8);
+      add_row(m, 'L', 0, row);
+    }
+    for (int j = 0; j < demands; ++j) {
+      std::vector<double> row(static_cast<size_t>(m.ncols()), 0.0);
+      for (int i = 0; i < supplies; ++i) row[x[i * demands + j]] = 1;
+      add_row(m, 'G', r.in(1, 4) + half(15), row);
+    }
+    for (int k = 0; k < supplies * demands; ++k)
+      if (r.chance(40)) {
+        std::vector<double> row(static_cast<size_t>(m.ncols()), 0.0);
+        row[x[k]] = 1;
+        row[y[k / demands]] = -r.in(1, 4);
+        add_row(m, 'L', 0, row);
+      }
+  } else {
+    // Random rows of integer columns and one or two continuous ones.
+    const int nint = r.in(2, 5), ncont = r.in(2, 4), rows = r.in(2, 5);
+    for (int j = 0; j < nint; ++j) {
+      const bool binary = r.chance(50);
+      add_column(m, binary ? 'B' : 'I', 0, binary ? 1 : r.in(1, 3), cost(-4, 4));
+    }
+    for (int j = 0; j < ncont; ++j)
+      add_column(m, 'C', r.pick<double>({0, 0, -2}), r.pick<double>({inf, 3, 6}) + half(10),
+                 cost(-4, 4));
+    for (int i = 0; i < rows; ++i) {
+      std::vector<double> row(static_cast<size_t>(m.ncols()), 0.0);
+      for (int j = 0; j < nint; ++j)
+        if (r.chance(60)) row[j] = r.in(-4, 4);
+      const int a = nint + r.in(0, ncont - 1), b = nint + r.in(0, ncont - 1);
+      row[a] = r.pick<double>({1, -1});
+      if (b != a && r.chance(70)) row[b] = r.pick<double>({1, -1});
+      add_row(m, r.pick<char>({'L', 'G', 'E'}), r.in(-3, 8) + half(10), row);
+    }
+  }
+  return m;
+}
+
 // Number of combinations the oracle enumerates (capped).
 double combinations(const model &m);
 
@@ -148,6 +251,11 @@ model generate(uint64_t seed, unsigned kinds) {
     if ((kinds & k_large) != 0) {
       model m = generate_large(r, kinds);
       if (combinations(m) <= 300000) return m;
+      continue;
+    }
+    if ((kinds & k_network) != 0) {
+      model m = generate_network(r);
+      if (combinations(m) <= 3000) return m;
       continue;
     }
     model m;

@@ -26,6 +26,7 @@ enum kinds : unsigned {
   k_directive = 128, // branching directives
   k_wide = 256,      // coefficients of many sizes, some above the rows' sides
   k_large = 512,     // 14 to 18 integer columns, 3 to 7 knapsack rows: searches that branch
+  k_network = 1024,  // integer columns beside continuous ones of a network form, with costs
 };
 
 // A small model with entities, stated densely.

@@ -125,6 +125,22 @@ TEST_F(MipOracle, TwoThreadsEverythingMixed) {
   run(22000001, 1000, 0xFF);
 }
 
+// Continuous columns with costs in a part of the model that keeps the
+// objective's values on a lattice, which the search prunes by, and near
+// misses where it does not (about half of the models search with a step).
+#ifdef __SANITIZE_ADDRESS__
+constexpr int network_count = 1000;
+#else
+constexpr int network_count = 5000;
+#endif
+TEST_F(MipOracle, ContinuousColumnsOfANetworkForm) {
+  run(38000001, network_count, k_integer | k_network);
+}
+TEST_F(MipOracle, ContinuousColumnsOfANetworkFormOnTwoThreads) {
+  threads_ = 2;
+  run(38500001, network_count / 5, k_integer | k_network);
+}
+
 // Disagreements the oracle found, each kept as a named case.
 TEST_F(MipOracle, PartialIntegerStaysAboveItsLimitWhenChecked) { EXPECT_EQ(check(200151, k_partint), ""); }
 TEST_F(MipOracle, SemiContinuousWithoutRoundingCuts) { EXPECT_EQ(check(101311, k_semicont), ""); }
@@ -187,6 +203,7 @@ TEST_F(MipOracle, DISABLED_ManyMore) {
   }
   run(32000001, 10000, k_integer | k_large);
   run(33000001, 10000, k_integer | k_large | k_wide);
+  run(39000001, 50000, k_integer | k_network);
 }
 
 // And on two threads.
@@ -196,6 +213,7 @@ TEST_F(MipOracle, DISABLED_TwoThreadsManyMore) {
   run(35000001, 10000, k_integer | k_large | k_wide);
   run(36000001, 25000, 0xFF);
   run(37000001, 25000, 0xFF | k_wide);
+  run(39500001, 20000, k_integer | k_network);
 }
 
 }  // namespace
