@@ -19,7 +19,8 @@ constexpr int cut_frequency_unbounded = -1;
 // generator at an automatic frequency makes at a node cut off optima
 // elsewhere in the tree (lseu with rows strengthened ended "optimal" at
 // 1128 against 1120 with covers at -98 or -1, at the root only or at every
-// node it found 1120; the other generators at -98 found it too).  There
+// node it found 1120; the other generators at -98 found it too; checked
+// again once covers came from the model's own rows only: still 1128).  There
 // covers stay at the root, or go to every node where the tree may be
 // infinite.  The other generators keep their frequencies: with all of them
 // at the root only one run of bell5 on two threads had no proof after
