@@ -252,9 +252,13 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     // Cbc derives the objective's step from integer columns alone; where
     // continuous columns carry costs and their part of the model keeps the
     // step (pk1 in its file's row order: 280 064 nodes to 157 476), the
-    // search takes it from here.
-    const double step = continuous_objective_step(*model.solver());
-    if (0.9999 * step > model.getCutoffIncrement()) model.setCutoffIncrement(0.9999 * step);
+    // search takes it from here.  Not with the application's callbacks:
+    // the rows they add in the search (lazy constraints) are not in the
+    // rows analysed and may move the values off the step.
+    if (!has_search_callbacks(prob)) {
+      const double step = continuous_objective_step(*model.solver());
+      if (0.9999 * step > model.getCutoffIncrement()) model.setCutoffIncrement(0.9999 * step);
+    }
   }
   std::shared_ptr<void> app = attach_search_callbacks(prob, model);
   apply_search_limits(prob, model);
