@@ -353,69 +353,69 @@ TEST_F(MipRegression, RowsTightenIntegerBoundsButNotSemiContinuousOnes) {
   EXPECT_EQ(x[2], 5.0);
 }
 
+namespace {
+
 // The objective's step and lazy constraints.  min d, d >= |x - 2| by
 // x + s - t = 2, d >= s, d >= t, x integer in [0, 3]: the continuous part
-// would keep the objective's values on the integers, but the candidate
-// callback adds the lazy constraint d >= a x + b, which moves x = 2 to
+// would keep the objective's values on the integers, but the application
+// adds the lazy constraint d >= a x + b in the search, which moves x = 2 to
 // d = 0.5, while x = 1 (or 3) keeps d = 1.  A search that took the step
 // from the loaded rows would prune the node of x = 2 once it held d = 1.
 struct lazy_deviation {
   double a, b;  // the lazy constraint d - a x >= b
-  int rejected = 0;
+  int added = 0;
+
+  // Add the constraint as a cut when x violates it; 0 or the call's code.
+  int cut_off(KVSLprob prob, const double x[], int *violated) {
+    *violated = x[3] - a * x[0] < b - 1e-6;
+    if (*violated == 0) return 0;
+    const int type = 1;
+    const char sense = 'G';
+    const int64_t start[] = {0, 2};
+    const int col[] = {0, 3};
+    const double val[] = {-a, 1.0};
+    ++added;
+    return KVSLaddcuts(prob, 1, &type, &sense, &b, start, col, val);
+  }
 };
 
-int add_lazy_deviation_cut(KVSLprob prob, void *user, const double x[], int ncols, int *reject) {
-  auto *lazy = static_cast<lazy_deviation *>(user);
-  if (ncols != 4 || x[3] - lazy->a * x[0] >= lazy->b - 1e-6) return 0;
-  const int type = 1;
-  const char sense = 'G';
-  const int64_t start[] = {0, 2};
-  const int col[] = {0, 3};
-  const double val[] = {-lazy->a, 1.0};
-  ++lazy->rejected;
-  *reject = 1;
-  return KVSLaddcuts(prob, 1, &type, &sense, &lazy->b, start, col, val);
+int reject_lazy_deviation(KVSLprob prob, void *user, const double x[], int, int *reject) {
+  return static_cast<lazy_deviation *>(user)->cut_off(prob, x, reject);
 }
 
-TEST_F(MipRegression, LazyConstraintsOffTheObjectivesStep) {
-  for (lazy_deviation lazy : {lazy_deviation{2.5, -4.5}, lazy_deviation{-2.5, 5.5}}) {
-    SCOPED_TRACE(lazy.a);
-    dense_model m{"EGG", {2, 0, 0}, {}, {0, 0, 0, 1}, {0, 0, 0, 0},
-                  {3, KVSL_INFINITY, KVSL_INFINITY, KVSL_INFINITY},
-                  {{1, 1, -1, 0}, {0, -1, 0, 1}, {0, 0, -1, 1}}};
-    ASSERT_EQ(load_global(p, m, "I", {0}), 0);
-    ASSERT_EQ(KVSLsetcbpreintsol(p, add_lazy_deviation_cut, &lazy), 0);
-    auto x = optimum(1, 0.5);
-    EXPECT_NEAR(x[0], 2.0, 1e-9);
-    EXPECT_GT(lazy.rejected, 0);
-  }
-}
-
-// The same constraint as a cut of the cut manager.
 int cut_lazy_deviation(KVSLprob prob, void *user) {
   double x[4];
+  int violated;
   if (KVSLgetlpsol(prob, x, nullptr, nullptr, nullptr) != 0) return 1;
-  auto *lazy = static_cast<lazy_deviation *>(user);
-  if (x[3] - lazy->a * x[0] >= lazy->b - 1e-6) return 0;
-  const int type = 1;
-  const char sense = 'G';
-  const int64_t start[] = {0, 2};
-  const int col[] = {0, 3};
-  const double val[] = {-lazy->a, 1.0};
-  ++lazy->rejected;
-  return KVSLaddcuts(prob, 1, &type, &sense, &lazy->b, start, col, val);
+  return static_cast<lazy_deviation *>(user)->cut_off(prob, x, &violated);
 }
 
-TEST_F(MipRegression, CutManagerCutsOffTheObjectivesStep) {
-  for (lazy_deviation lazy : {lazy_deviation{2.5, -4.5}, lazy_deviation{-2.5, 5.5}}) {
-    SCOPED_TRACE(lazy.a);
-    dense_model m{"EGG", {2, 0, 0}, {}, {0, 0, 0, 1}, {0, 0, 0, 0},
-                  {3, KVSL_INFINITY, KVSL_INFINITY, KVSL_INFINITY},
-                  {{1, 1, -1, 0}, {0, -1, 0, 1}, {0, 0, -1, 1}}};
-    ASSERT_EQ(load_global(p, m, "I", {0}), 0);
-    ASSERT_EQ(KVSLsetcbcutmgr(p, cut_lazy_deviation, &lazy), 0);
-    auto x = optimum(1, 0.5);
-    EXPECT_NEAR(x[0], 2.0, 1e-9);
-    EXPECT_GT(lazy.rejected, 0);
+class LazyDeviation : public EngineTest {
+ protected:
+  // Search the model with each of two lazy constraints, given to the
+  // search by the callback that `install` registers.
+  template <class Install>
+  void search_with(Install install) {
+    for (lazy_deviation lazy : {lazy_deviation{2.5, -4.5}, lazy_deviation{-2.5, 5.5}}) {
+      SCOPED_TRACE(lazy.a);
+      dense_model m{"EGG", {2, 0, 0}, {}, {0, 0, 0, 1}, {0, 0, 0, 0},
+                    {3, KVSL_INFINITY, KVSL_INFINITY, KVSL_INFINITY},
+                    {{1, 1, -1, 0}, {0, -1, 0, 1}, {0, 0, -1, 1}}};
+      ASSERT_EQ(load_global(p, m, "I", {0}), 0);
+      ASSERT_EQ(install(lazy), 0);
+      auto x = optimum(1, 0.5);
+      EXPECT_NEAR(x[0], 2.0, 1e-9);
+      EXPECT_GT(lazy.added, 0);
+    }
   }
+};
+
+TEST_F(LazyDeviation, FromTheCandidateCallback) {
+  search_with([&](lazy_deviation &l) { return KVSLsetcbpreintsol(p, reject_lazy_deviation, &l); });
 }
+
+TEST_F(LazyDeviation, FromTheCutManager) {
+  search_with([&](lazy_deviation &l) { return KVSLsetcbcutmgr(p, cut_lazy_deviation, &l); });
+}
+
+}  // namespace
