@@ -40,10 +40,13 @@ bool fractional_bound(double v, double inf) {
 }
 
 // Signs of the nodes of a graph whose edges say "same sign" or "opposite
-// sign": union-find with the parity of each node to its root.
+// sign": union-find by size with path compression, keeping the parity of
+// each node to its parent.
 class parity_classes {
  public:
-  explicit parity_classes(int n) : up_(static_cast<size_t>(n)), odd_(static_cast<size_t>(n), 0) {
+  explicit parity_classes(int n)
+      : up_(static_cast<size_t>(n)), size_(static_cast<size_t>(n), 1),
+        odd_(static_cast<size_t>(n), 0) {
     std::iota(up_.begin(), up_.end(), 0);
   }
   // Join a and b with the given parity between them; false when their
@@ -51,39 +54,45 @@ class parity_classes {
   bool join(int a, int b, bool opposite) {
     int pa = 0, pb = 0;
     int ra = root(a, pa), rb = root(b, pb);
-    if (ra == rb) return ((pa ^ pb) != 0) == opposite;
+    const char parity = static_cast<char>(pa ^ pb ^ (opposite ? 1 : 0));
+    if (ra == rb) return parity == 0;
+    if (size_[static_cast<size_t>(ra)] > size_[static_cast<size_t>(rb)]) std::swap(ra, rb);
     up_[static_cast<size_t>(ra)] = rb;
-    odd_[static_cast<size_t>(ra)] = static_cast<char>((pa ^ pb) ^ (opposite ? 1 : 0));
+    odd_[static_cast<size_t>(ra)] = parity;
+    size_[static_cast<size_t>(rb)] += size_[static_cast<size_t>(ra)];
     return true;
   }
 
  private:
+  // The root of a and a's parity to it; every node on the way is hung
+  // straight under the root with its parity to it.
   int root(int a, int &parity) {
-    parity = 0;
-    while (up_[static_cast<size_t>(a)] != a) {
-      parity ^= odd_[static_cast<size_t>(a)];
-      a = up_[static_cast<size_t>(a)];
+    int r = a, p = 0;
+    while (up_[static_cast<size_t>(r)] != r) {
+      p ^= odd_[static_cast<size_t>(r)];
+      r = up_[static_cast<size_t>(r)];
     }
-    return a;
+    parity = p;
+    while (up_[static_cast<size_t>(a)] != r) {
+      const int next = up_[static_cast<size_t>(a)];
+      const char rest = static_cast<char>(p ^ odd_[static_cast<size_t>(a)]);
+      up_[static_cast<size_t>(a)] = r;
+      odd_[static_cast<size_t>(a)] = static_cast<char>(p);
+      p = rest;
+      a = next;
+    }
+    return r;
   }
-  std::vector<int> up_;
+  std::vector<int> up_, size_;
   std::vector<char> odd_;
 };
 
-using entries = std::vector<std::vector<std::pair<int, double>>>;
-
-// Lists of (node, ±1) entries: can the nodes be given signs so that every
-// list of two has one +1 and one -1 after them?  A list of one always can,
-// a list of three or more cannot.
-bool signs_make_network(const entries &lists, int nodes) {
-  parity_classes signs(nodes);
-  for (const auto &l : lists) {
-    if (l.size() > 2) return false;
-    if (l.size() == 2 && !signs.join(l[0].first, l[1].first, l[0].second == l[1].second))
-      return false;
-  }
-  return true;
-}
+// The continuous entries of a row: how many, and the first two.
+struct row_entries {
+  int count = 0;
+  int col[2] = {0, 0};
+  double val[2] = {0.0, 0.0};
+};
 
 }  // namespace
 
@@ -105,27 +114,32 @@ double continuous_objective_step(const OsiSolverInterface &si) {
   // right-hand sides.  Continuous columns there have integral bounds.
   const CoinPackedMatrix &rows = *si.getMatrixByRow();
   const double *rlo = si.getRowLower(), *rup = si.getRowUpper();
-  entries cont(static_cast<size_t>(m));
-  bool any = false;
+  std::vector<row_entries> cont(static_cast<size_t>(m));
+  bool any = false, rows_of_two = true;
   for (int i = 0; i < m; ++i) {
     const CoinBigIndex start = rows.getVectorFirst(i);
     const int len = rows.getVectorLengths()[i];
     bool whole_integer_part = true;
-    auto &r = cont[static_cast<size_t>(i)];
+    row_entries &r = cont[static_cast<size_t>(i)];
     for (CoinBigIndex k = start; k < start + len; ++k) {
       const int j = rows.getIndices()[k];
       const double a = rows.getElements()[k];
       if (a == 0.0) continue;
       if (si.isInteger(j)) {
         whole_integer_part = whole_integer_part && whole(a);
-      } else {
-        if (a != 1.0 && a != -1.0) return 0.0;
-        if (fractional_bound(lo[j], inf) || fractional_bound(up[j], inf)) return 0.0;
-        r.emplace_back(j, a);
+        continue;
       }
+      if (a != 1.0 && a != -1.0) return 0.0;
+      if (fractional_bound(lo[j], inf) || fractional_bound(up[j], inf)) return 0.0;
+      if (r.count < 2) {
+        r.col[r.count] = j;
+        r.val[r.count] = a;
+      }
+      ++r.count;
     }
-    if (r.empty()) continue;
+    if (r.count == 0) continue;
     any = true;
+    rows_of_two = rows_of_two && r.count <= 2;
     if (!whole_integer_part || fractional_bound(rlo[i], inf) || fractional_bound(rup[i], inf))
       return 0.0;
   }
@@ -134,18 +148,41 @@ double continuous_objective_step(const OsiSolverInterface &si) {
   // forms.  By rows: at most two entries a row, and columns that can be
   // negated so that every row of two has one +1 and one -1 (the transpose
   // of a network matrix).
-  if (signs_make_network(cont, n)) return static_cast<double>(step);
+  if (rows_of_two) {
+    parity_classes signs(n);
+    bool network = true;
+    for (const row_entries &r : cont)
+      if (r.count == 2 && !signs.join(r.col[0], r.col[1], r.val[0] == r.val[1])) {
+        network = false;
+        break;
+      }
+    if (network) return static_cast<double>(step);
+  }
   // By columns: rows with one continuous entry are bounds once the integer
   // columns are fixed; over the other rows every column has at most two
   // entries, and rows can be negated so that every column of two has one +1
   // and one -1 (a network matrix).
-  entries cols(static_cast<size_t>(n));
-  for (int i = 0; i < m; ++i) {
-    const auto &r = cont[static_cast<size_t>(i)];
-    if (r.size() < 2) continue;
-    for (const auto &[j, a] : r) cols[static_cast<size_t>(j)].emplace_back(i, a);
+  const CoinPackedMatrix &columns = *si.getMatrixByCol();
+  parity_classes signs(m);
+  for (int j = 0; j < n; ++j) {
+    if (si.isInteger(j)) continue;
+    const CoinBigIndex start = columns.getVectorFirst(j);
+    const int len = columns.getVectorLengths()[j];
+    int count = 0, first = 0;
+    double first_val = 0.0;
+    for (CoinBigIndex k = start; k < start + len; ++k) {
+      const int i = columns.getIndices()[k];
+      const double a = columns.getElements()[k];
+      if (a == 0.0 || cont[static_cast<size_t>(i)].count < 2) continue;
+      if (++count == 1) {
+        first = i;
+        first_val = a;
+      } else if (count > 2 || !signs.join(first, i, first_val == a)) {
+        return 0.0;
+      }
+    }
   }
-  return signs_make_network(cols, m) ? static_cast<double>(step) : 0.0;
+  return static_cast<double>(step);
 }
 
 }  // namespace kvsl

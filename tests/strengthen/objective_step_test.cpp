@@ -123,6 +123,33 @@ TEST(ObjectiveStep, OddCycleOfRowsHasNone) {
   EXPECT_EQ(step_of(m), 0.0);
 }
 
+// x_k + x_(k+1) <= 1 around a cycle: bipartite (a step) when the cycle is
+// even, not when it is odd; the rows and columns in shuffled order, so that
+// the sign classes are joined in many pieces first.
+model cycle(int length) {
+  model m;
+  std::vector<int> perm(static_cast<size_t>(length));
+  for (int k = 0; k < length; ++k) perm[static_cast<size_t>(k)] = (k * 7919) % length;
+  for (int k = 0; k < length; ++k) {
+    std::vector<double> r(static_cast<size_t>(length), 0.0);
+    r[static_cast<size_t>(perm[static_cast<size_t>(k)])] = 1;
+    r[static_cast<size_t>(perm[static_cast<size_t>((k + 1) % length)])] = 1;
+    m.a.push_back(r);
+    m.rlo.push_back(-inf);
+    m.rup.push_back(1);
+  }
+  m.lb.assign(static_cast<size_t>(length), 0);
+  m.ub.assign(static_cast<size_t>(length), inf);
+  m.integer.assign(static_cast<size_t>(length), 0);
+  m.obj.assign(static_cast<size_t>(length), -1);
+  return m;
+}
+
+TEST(ObjectiveStep, LongEvenCycleHasStepAndOddCycleNone) {
+  EXPECT_EQ(step_of(cycle(300)), 1.0);
+  EXPECT_EQ(step_of(cycle(301)), 0.0);
+}
+
 // A 3 x 3 transportation part (rows of three flows: not the rows' form),
 // each flow in one supply and one demand row, and opening y_i of supply i
 // with x_ij <= 4 y_i, a bound once y is fixed.
