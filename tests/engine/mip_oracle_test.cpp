@@ -203,7 +203,6 @@ TEST_F(MipOracle, DISABLED_ManyMore) {
   }
   run(32000001, 10000, k_integer | k_large);
   run(33000001, 10000, k_integer | k_large | k_wide);
-  run(39000001, 50000, k_integer | k_network);
 }
 
 // And on two threads.
@@ -213,6 +212,12 @@ TEST_F(MipOracle, DISABLED_TwoThreadsManyMore) {
   run(35000001, 10000, k_integer | k_large | k_wide);
   run(36000001, 25000, 0xFF);
   run(37000001, 25000, 0xFF | k_wide);
+}
+
+// Models of a network form with continuous costs, on one and two threads.
+TEST_F(MipOracle, DISABLED_NetworkFormManyMore) {
+  run(39000001, 50000, k_integer | k_network);
+  threads_ = 2;
   run(39500001, 20000, k_integer | k_network);
 }
 
