@@ -50,8 +50,7 @@ class set_object : public CbcObject {
   void feasibleRegion() override { feasibleRegion(model_->solver(), nullptr); }
   double feasibleRegion(OsiSolverInterface *solver, const OsiBranchingInformation *) const override {
     const double *solution = solver->getColSolution();
-    std::vector<double> x(cols_.size());
-    for (int k = 0; k < size(); ++k) x[k] = std::fabs(solution[cols_[k]]);
+    const std::vector<double> x = member_values([solution](int col) { return solution[col]; });
     int start = best_window(x);
     std::vector<bound_change> fix;
     double moved = 0.0;
@@ -102,11 +101,16 @@ class set_object : public CbcObject {
 
  private:
   int size() const { return static_cast<int>(cols_.size()); }
-  // Absolute values of the members in the node (within its bounds).
-  std::vector<double> member_values(const OsiBranchingInformation *info) const {
+  // Absolute values of the members, each column's value given by value.
+  template <class Value>
+  std::vector<double> member_values(Value value) const {
     std::vector<double> x(cols_.size());
-    for (int k = 0; k < size(); ++k) x[k] = std::fabs(node_value(info, cols_[k]));
+    for (int k = 0; k < size(); ++k) x[k] = std::fabs(value(cols_[k]));
     return x;
+  }
+  // In the node, within its bounds.
+  std::vector<double> member_values(const OsiBranchingInformation *info) const {
+    return member_values([info](int col) { return node_value(info, col); });
   }
   // Start of the window of width_ members with the most absolute value (x:
   // the members' absolute values).
