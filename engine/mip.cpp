@@ -4,8 +4,13 @@
  * best solution checked against the loaded problem.
  */
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cmath>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <thread>
 
 #include <CbcModel.hpp>
 #include <CbcCutGenerator.hpp>
@@ -19,6 +24,7 @@
 #include "mipstart.h"
 #include "node_settings.h"
 #include "objective_step.h"
+#include "race.h"
 #include "rootcuts.h"
 #include "search.h"
 #include "solve_limits.h"
@@ -158,6 +164,214 @@ bool needs_objects(const kvsl_prob *prob, const std::vector<int> &held) {
          !prob->indicators.empty() || !held.empty();
 }
 
+// Most searches of a race.
+constexpr int most_racers = 8;
+
+// Do the threads of the search run a race of searches over different row
+// orders, rather than share one tree (Cbc's own threads)?  On plain integer
+// models, over the 20 MIPLIB models on two threads, one tree shared by two
+// threads took longer than one thread alone on every model that takes more
+// than a second: bell3a 3.2 s against 1.3 s, pk1 14 to 17 s against 12.9 s,
+// bell5 22 s and twice no proof in 60 s against 0.5 s (Cbc's deterministic
+// thread mode: bell5 3.0 s, pk1 34 s).  A race keeps the one-thread search,
+// with Clp's subtrees, and adds searches that often find solutions or
+// proofs sooner.  Not with objects, which keep Cbc's threads, with the
+// application's callbacks (which keep to one thread) nor under a node limit
+// (the searches would each count their own nodes).
+bool races(const kvsl_prob *prob, bool objects) {
+  return intcontrol(prob, KVSL_CTRL_THREADS) > 1 && !objects && !has_search_callbacks(prob) &&
+         intcontrol(prob, KVSL_CTRL_MAXNODE) <= 0;
+}
+
+// One search of the problem: its model, its own copy of the root when it
+// is not the first search of a race, and what the model refers to.
+struct searcher {
+  explicit searcher(kvsl_prob *prob) : lp_quiet(prob) {
+    lp_quiet.setLogLevel(0);
+    silent.setLogLevel(0);
+  }
+  // Hand the model its log, its solver the quiet handler and the LP lp.
+  void report_to(CoinMessageHandler &log, CoinMessageHandler &quiet, CoinMessageHandler &lp) {
+    model->passInMessageHandler(&log);
+    model->solver()->passInMessageHandler(&quiet);
+    if (auto *clp = dynamic_cast<OsiClpSolverInterface *>(model->solver()))
+      clp->getModelPtr()->passInMessageHandler(&lp);
+  }
+
+  // The node LPs stay silent; the search reports on them.  Clp's own
+  // handler is one of its own: the heuristics' sub-searches set the log
+  // level of the solver handler they share with the search (to 1), and
+  // Clp's subtrees print their trace to stdout whenever the level of the
+  // LP's handler is above 0.
+  backend_log lp_quiet;
+  // Every handler of a search beside the first of a race.
+  silent_log silent;
+  cut_generators cuts;
+  std::unique_ptr<OsiClpSolverInterface> root;
+  std::unique_ptr<CbcModel> model;
+  std::shared_ptr<void> app, start;
+  bool failed = false;
+};
+
+// How the searches of one attempt are set up.
+struct plan {
+  attempt a;
+  bool objects;      // objects of the engine's own (needs_objects)
+  bool finite_tree;  // every integer column has finite bounds
+  bool threaded;     // Cbc's threads share one tree
+  double step;       // the objective's step from continuous columns (0: none)
+};
+
+// Integer branching of a search without objects: strong branching trust,
+// Clp's subtrees and the objective's step.
+void tune_plain_search(const kvsl_prob *prob, CbcModel &model, const plan &p) {
+  // Clp's subtrees branch on integer columns by their own rules, count
+  // their nodes in bulk and call neither cut generators nor the event
+  // handler: not with the application's callbacks, which must see every
+  // node, nor against directives, nor under a node limit, which counts
+  // nodes one at a time.  With Cbc's threads they stay off as well: every
+  // thread's LP shares the one LP handler whose level the sub-searches
+  // change and the subtrees read.  Nor where the tree may be infinite:
+  // they cut nothing.  (Held-out rows come with objects.)
+  bool subtrees = p.finite_tree && !has_search_callbacks(prob) && prob->directives.empty() &&
+                  intcontrol(prob, KVSL_CTRL_MAXNODE) <= 0 && !p.threaded;
+  tune_integer_branching(model, model.solver()->getNumCols(), subtrees, !p.threaded);
+  if (0.9999 * p.step > model.getCutoffIncrement()) model.setCutoffIncrement(0.9999 * p.step);
+}
+
+// Cut generators, held-out rows (pool, or none), heuristics, controls,
+// integers, directives and, without objects, integer branching.
+void prepare(const kvsl_prob *prob, CbcModel &model, cut_generators &cuts, const plan &p,
+             row_pool *pool) {
+  if (intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) != 0)
+    cuts.add_to(model, p.objects, p.finite_tree, p.threaded);
+  if (pool != nullptr) {
+    model.addCutGenerator(pool, 1, "Held-out rows", true, true);
+    model.cutGenerator(model.numberCutGenerators() - 1)->setMustCallAgain(true);
+  }
+  // Cbc's heuristics see neither held-out rows nor the engine's own objects:
+  // a solution of theirs that violates an object is dropped by the search,
+  // but its objective value has by then become the cutoff and pruned nodes
+  // that hold the true optimum.  They run only for plain integer models.
+  if (p.a.heuristics && !p.objects && intcontrol(prob, KVSL_CTRL_HEURSTRATEGY) != 0)
+    add_heuristics(model);
+  apply_controls(prob, model);
+  model.findIntegers(false);
+  apply_integer_directives(prob, model);
+  if (!p.objects) tune_plain_search(prob, model, p);
+}
+
+// Run the race: the first search (set up, with the log, the start and the
+// limits' watch) on this thread, the others over other orders of the
+// root's rows (set up here, silent) on threads of their own.  A search
+// that fails drops out; the first one's failure ends the race and is
+// thrown once every search has stopped.
+void race(kvsl_prob *prob, std::vector<std::unique_ptr<searcher>> &team,
+          const OsiClpSolverInterface &root, int racers, const plan &p) {
+  auto state = std::make_shared<race_state>();
+  join_race(*team.front()->model, state);
+  for (int k = 1; k < racers; ++k) {
+    auto r = std::make_unique<searcher>(prob);
+    r->root = reordered_copy(root, k);
+    r->root->passInMessageHandler(&r->silent);
+    r->root->getModelPtr()->passInMessageHandler(&r->silent);
+    r->root->resolve();
+    if (!r->root->isProvenOptimal()) continue;
+    r->model = std::make_unique<CbcModel>(*r->root);
+    r->report_to(r->silent, r->silent, r->silent);
+    prepare(prob, *r->model, r->cuts, p, nullptr);
+    r->model->setLogLevel(0);
+    apply_search_limits(prob, *r->model);
+    r->model->setNumberThreads(0);
+    join_race(*r->model, state);
+    team.push_back(std::move(r));
+  }
+  std::exception_ptr lead_failure;
+  std::atomic<int> first_done{-1};
+  auto run = [&state, &first_done](searcher &r, int k, std::exception_ptr *failure) {
+    try {
+      r.model->branchAndBound();
+      int none = -1;
+      first_done.compare_exchange_strong(none, k);
+    } catch (...) {
+      r.failed = true;
+      if (failure == nullptr) return;  // the others go on
+      *failure = std::current_exception();
+    }
+    state->over.store(true);
+  };
+  std::vector<std::thread> others;
+  try {
+    for (size_t k = 1; k < team.size(); ++k)
+      others.emplace_back(run, std::ref(*team[k]), static_cast<int>(k), nullptr);
+  } catch (...) {
+    // No thread for the rest: the first search runs with those started.
+    team.resize(others.size() + 1);
+  }
+  run(*team.front(), 0, &lead_failure);
+  for (std::thread &t : others) t.join();
+  const int k = first_done.load();
+  if (k > 0 && (team[k]->model->isProvenOptimal() || team[k]->model->isProvenInfeasible()))
+    messagef(prob, 1, "Search %d of %d, over the rows in another order, finished the race first.",
+             k + 1, static_cast<int>(team.size()));
+  if (lead_failure) std::rethrow_exception(lead_failure);
+}
+
+// Fill the MIP results from the searches of an attempt: the best solution
+// any of them found, the best bound, and the status (finished when one of
+// them finished); asks for a retry when that solution fails the final
+// check.
+outcome harvest(kvsl_prob *prob, const std::vector<std::unique_ptr<searcher>> &team, attempt a) {
+  const CbcModel *best = nullptr;
+  bool finished = false;
+  for (const auto &r : team) {
+    if (!r->model || r->failed) continue;
+    const CbcModel &m = *r->model;
+    prob->nodes += m.getNodeCount();
+    prob->iterations += m.getIterationCount();
+    finished = finished || m.isProvenOptimal() || m.isProvenInfeasible();
+    if (m.bestSolution() != nullptr &&
+        (best == nullptr || m.getMinimizationObjValue() < best->getMinimizationObjValue()))
+      best = &m;
+  }
+  const CbcModel &lead = *team.front()->model;
+  // Each search's bound holds up to the cutoffs the others gave it, which
+  // the best solution's value bounds (in the backend's minimising sense).
+  const double sense = lead.solver()->getObjSense();
+  double bound = -COIN_DBL_MAX;
+  for (const auto &r : team) {
+    if (!r->model || r->failed) continue;
+    double b = sense * r->model->getBestPossibleObjValue();
+    if (std::fabs(b) >= 1e49) continue;
+    if (best != nullptr) b = std::min(b, best->getMinimizationObjValue());
+    bound = std::max(bound, b);
+  }
+  bool have = best != nullptr;
+  if (have) {
+    std::vector<double> x(best->bestSolution(), best->bestSolution() + prob->ncols);
+    if (!is_feasible(prob, x)) {
+      if (a.hold_rows || a.heuristics) return outcome::retry;
+      message(prob, 3, "The search's best solution failed the final check and was dropped.");
+      have = false;
+    } else {
+      take_mip_solution(prob, std::move(x));
+    }
+  }
+  if (lead.isContinuousUnbounded()) {
+    prob->mipstatus = KVSL_MIP_UNBOUNDED;
+  } else if (finished) {
+    prob->mipstatus = have ? KVSL_MIP_OPTIMAL : KVSL_MIP_INFEAS;
+  } else {
+    prob->mipstatus = have ? KVSL_MIP_SOLUTION : KVSL_MIP_NO_SOL_FOUND;
+  }
+  if (bound > -COIN_DBL_MAX) prob->best_bound = sense * bound - prob->objconst;
+  if (prob->mipstatus == KVSL_MIP_OPTIMAL) {
+    // A finished search has its bound at the incumbent up to the gap.
+    if (prob->sense * (prob->best_bound - prob->mip_obj) > 0.0) prob->best_bound = prob->mip_obj;
+  }
+  return outcome::done;
+}
+
 // One branch and cut over the loaded problem: column entities, sets and
 // indicator rows by objects of their own, held-out rows by a cut pool.
 // Fills the MIP results; asks for a retry when the best solution fails the
@@ -195,37 +409,25 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     return !held.empty() && prob->mipstatus == KVSL_MIP_UNBOUNDED ? outcome::retry : outcome::done;
 
   bool objects = needs_objects(prob, held);
-  // The node LPs stay silent; the search reports on them.  Clp's own
-  // handler is one of its own: the heuristics' sub-searches set the log
-  // level of the solver handler they share with the search (to 1), and
-  // Clp's subtrees print their trace to stdout whenever the level of the
-  // LP's handler is above 0.
-  backend_log lp_quiet(prob);
-  lp_quiet.setLogLevel(0);
-  CbcModel model(solver);
-  model.passInMessageHandler(&log);
-  model.solver()->passInMessageHandler(&quiet);
-  if (auto *clp = dynamic_cast<OsiClpSolverInterface *>(model.solver()))
-    clp->getModelPtr()->passInMessageHandler(&lp_quiet);
-  bool finite_tree = integer_bounds_finite(*model.solver());
-  cut_generators cuts;
-  const bool threaded = intcontrol(prob, KVSL_CTRL_THREADS) > 1;
-  if (intcontrol(prob, KVSL_CTRL_CUTSTRATEGY) != 0)
-    cuts.add_to(model, objects, finite_tree, threaded);
+  const int threads = intcontrol(prob, KVSL_CTRL_THREADS);
+  const int racers = races(prob, objects) ? std::min(threads, most_racers) : 1;
+  // Cbc derives the objective's step from integer columns alone; where
+  // continuous columns carry costs and their part of the model keeps the
+  // step (pk1 in its file's row order: 280 064 nodes to 157 476), the
+  // search takes it from here.  Not with the application's callbacks: the
+  // rows they add in the search (lazy constraints) are not in the rows
+  // analysed and may move the values off the step.
+  const double step =
+      objects || has_search_callbacks(prob) ? 0.0 : continuous_objective_step(solver);
+  const plan p{a, objects, integer_bounds_finite(solver), threads > 1 && racers == 1, step};
+  std::vector<std::unique_ptr<searcher>> team;
+  team.push_back(std::make_unique<searcher>(prob));
+  searcher &lead = *team.front();
+  lead.model = std::make_unique<CbcModel>(solver);
+  CbcModel &model = *lead.model;
+  lead.report_to(log, quiet, lead.lp_quiet);
   row_pool pool(prob, held);
-  if (!held.empty()) {
-    model.addCutGenerator(&pool, 1, "Held-out rows", true, true);
-    model.cutGenerator(model.numberCutGenerators() - 1)->setMustCallAgain(true);
-  }
-  // Cbc's heuristics see neither held-out rows nor the engine's own objects:
-  // a solution of theirs that violates an object is dropped by the search,
-  // but its objective value has by then become the cutoff and pruned nodes
-  // that hold the true optimum.  They run only for plain integer models.
-  if (a.heuristics && !objects && intcontrol(prob, KVSL_CTRL_HEURSTRATEGY) != 0)
-    add_heuristics(model);
-  apply_controls(prob, model);
-  model.findIntegers(false);
-  apply_integer_directives(prob, model);
+  prepare(prob, model, lead.cuts, p, held.empty() ? nullptr : &pool);
   if (objects) {
     // Strong branching's hot starts assert on the backend's factorisation
     // after the engine's objects have changed bounds: branching on the
@@ -236,35 +438,13 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     add_column_entity_objects(prob, model, dirs);
     add_set_objects(prob, model, dirs);
     add_indicator_objects(prob, model, indicator_rows, dirs);
-  } else {
-    // Clp's subtrees branch on integer columns by their own rules, count
-    // their nodes in bulk and call neither cut generators nor the event
-    // handler: not with the application's callbacks, which must see every
-    // node, nor against directives, nor under a node limit, which counts
-    // nodes one at a time.  With threads they stay off as well: every
-    // thread's LP shares the one LP handler whose level the sub-searches
-    // change and the subtrees read.  Nor where the tree may be infinite:
-    // they cut nothing.  (Held-out rows come with objects.)
-    bool subtrees = finite_tree && !has_search_callbacks(prob) && prob->directives.empty() &&
-                    intcontrol(prob, KVSL_CTRL_MAXNODE) <= 0 &&
-                    !threaded;
-    tune_integer_branching(model, solver.getNumCols(), subtrees, !threaded);
-    // Cbc derives the objective's step from integer columns alone; where
-    // continuous columns carry costs and their part of the model keeps the
-    // step (pk1 in its file's row order: 280 064 nodes to 157 476), the
-    // search takes it from here.  Not with the application's callbacks:
-    // the rows they add in the search (lazy constraints) are not in the
-    // rows analysed and may move the values off the step.
-    if (!has_search_callbacks(prob)) {
-      const double step = continuous_objective_step(*model.solver());
-      if (0.9999 * step > model.getCutoffIncrement()) model.setCutoffIncrement(0.9999 * step);
-    }
   }
-  std::shared_ptr<void> app = attach_search_callbacks(prob, model);
+  lead.app = attach_search_callbacks(prob, model);
   apply_search_limits(prob, model);
+  if (racers > 1) model.setNumberThreads(0);
   // After the callbacks and the limits' watch: the start's guard passes
   // every other event on to them, and the candidate callback sees the start.
-  std::shared_ptr<void> start = offer_mip_start(prob, model);
+  lead.start = offer_mip_start(prob, model);
   // The engine's objects branch to fractional bounds (a semi-continuous
   // column's limit), which Cbc's objective step does not allow for.  The
   // hold acts on the model from the event handler, which threads would
@@ -273,34 +453,12 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     if (model.getNumberThreads() > 1 && objective_has_step(model)) model.setNumberThreads(0);
     if (model.getNumberThreads() <= 1) hold_cutoff_increment(model);
   }
-  model.branchAndBound();
-  prob->nodes += model.getNodeCount();
-  prob->iterations += model.getIterationCount();
-  double bound = model.getBestPossibleObjValue();
-  bool have = model.bestSolution() != nullptr;
-  if (have) {
-    std::vector<double> x(model.bestSolution(), model.bestSolution() + prob->ncols);
-    if (!is_feasible(prob, x)) {
-      if (a.hold_rows || a.heuristics) return outcome::retry;
-      message(prob, 3, "The search's best solution failed the final check and was dropped.");
-      have = false;
-    } else {
-      take_mip_solution(prob, std::move(x));
-    }
-  }
-  if (model.isContinuousUnbounded()) {
-    prob->mipstatus = KVSL_MIP_UNBOUNDED;
-  } else if (model.isProvenOptimal() || model.isProvenInfeasible()) {
-    prob->mipstatus = have ? KVSL_MIP_OPTIMAL : KVSL_MIP_INFEAS;
+  if (racers > 1) {
+    race(prob, team, solver, racers, p);
   } else {
-    prob->mipstatus = have ? KVSL_MIP_SOLUTION : KVSL_MIP_NO_SOL_FOUND;
+    model.branchAndBound();
   }
-  if (std::fabs(bound) < 1e49) prob->best_bound = bound - prob->objconst;
-  if (prob->mipstatus == KVSL_MIP_OPTIMAL) {
-    // A finished search has its bound at the incumbent up to the gap.
-    if (prob->sense * (prob->best_bound - prob->mip_obj) > 0.0) prob->best_bound = prob->mip_obj;
-  }
-  return outcome::done;
+  return harvest(prob, team, a);
 }
 
 }  // namespace

@@ -566,9 +566,16 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  *   8078 KVSL_CTRL_DUALREDUCTIONS reductions that may cut off optimal
  *                               solutions (dual fixing in presolve): 1 (default) / 0
  *   8079 KVSL_CTRL_THREADS      threads of the global search (default 1):
- *                               Cbc's threaded tree search; with search
- *                               callbacks, and in the search of quadratic
- *                               models, the search keeps to one thread
+ *                               on integer columns alone, as many searches
+ *                               (at most 8) race over different orders of
+ *                               the rows, sharing their best solution,
+ *                               until the first finishes; the first logs,
+ *                               the others are silent.  With column
+ *                               entities, sets or indicator rows, and
+ *                               under a node limit, Cbc's threaded tree
+ *                               search; with search callbacks, and in the
+ *                               search of quadratic models, the search
+ *                               keeps to one thread
  *   8080 KVSL_CTRL_CUTSTRATEGY  cut generation: 0 none, 1 (default) on
  *   8081 KVSL_CTRL_HEURSTRATEGY primal heuristics: 0 none, 1 (default) on
  * Double controls (KVSLsetdblcontrol / KVSLgetdblcontrol):

@@ -476,8 +476,9 @@ int thread_count() {
   return n;
 }
 
-// With two threads asked for, the tree search runs on two threads of its
-// own beside the caller's: watched while a hard search runs for a second.
+// With two threads asked for, two searches race: one on the caller's
+// thread, one on a thread of its own; watched while a hard search runs for
+// a second.
 TEST_F(LimitsTest, TwoThreadsRunTheSearch) {
   sparse_model mod = market_split(5, 40, true, 7);
   ASSERT_EQ(mod.load(p), 0);
@@ -497,8 +498,35 @@ TEST_F(LimitsTest, TwoThreadsRunTheSearch) {
   done = true;
   watch.join();
   // The watcher is one more thread.
-  EXPECT_GE(most.load(), before + 1 + 2);
+  EXPECT_GE(most.load(), before + 1 + 1);
   expect_stopped_with_solution(mod);
+  // Both searches stopped with the call.
+  EXPECT_EQ(thread_count(), before);
+}
+
+// Short limits on two threads: the race stops in every stage (the second
+// search's root included) with a consistent result.
+TEST_F(LimitsTest, ShortTimeLimitsStopARace) {
+  sparse_model mod = market_split(5, 40, true, 7);
+  ASSERT_EQ(mod.load(p), 0);
+  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, 2), 0);
+  for (double limit : {0.001, 0.05, 0.5}) {
+    SCOPED_TRACE(limit);
+    ASSERT_EQ(KVSLsetdblcontrol(p, KVSL_CTRL_TIMELIMIT, limit), 0);
+    EXPECT_LT(timed(""), limit + margin);
+    int status = int_attr(p, KVSL_ATTR_MIPSTATUS);
+    ASSERT_TRUE(status == KVSL_MIP_SOLUTION || status == KVSL_MIP_NO_SOL_FOUND) << status;
+    if (status == KVSL_MIP_SOLUTION) expect_stopped_with_solution(mod);
+  }
+}
+
+// The exact split on two threads: no search of the race finds a solution.
+TEST_F(LimitsTest, TimeLimitStopsARaceWithoutSolution) {
+  sparse_model mod = market_split(5, 40, false, 11);
+  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, 2), 0);
+  search_within(mod, 1.0);
+  EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_NO_SOL_FOUND);
+  EXPECT_LE(dbl_attr(p, KVSL_ATTR_BESTBOUND), 1e-6);
 }
 
 // Entities of the engine's own (sets here) on two threads: the issue's
