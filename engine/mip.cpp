@@ -189,6 +189,7 @@ struct searcher {
   explicit searcher(kvsl_prob *prob) : lp_quiet(prob) {
     lp_quiet.setLogLevel(0);
     silent.setLogLevel(0);
+    lp_silent.setLogLevel(0);
   }
   // Hand the model its log, its solver the quiet handler and the LP lp.
   void report_to(CoinMessageHandler &log, CoinMessageHandler &quiet, CoinMessageHandler &lp) {
@@ -204,8 +205,9 @@ struct searcher {
   // Clp's subtrees print their trace to stdout whenever the level of the
   // LP's handler is above 0.
   backend_log lp_quiet;
-  // Every handler of a search beside the first of a race.
-  silent_log silent;
+  // The handlers of a search beside the first of a race: the search's and
+  // its solver's, and its LP's, which stays apart for the reason above.
+  silent_log silent, lp_silent;
   cut_generators cuts;
   std::unique_ptr<OsiClpSolverInterface> root;
   std::unique_ptr<CbcModel> model;
@@ -274,11 +276,11 @@ void race(kvsl_prob *prob, std::vector<std::unique_ptr<searcher>> &team,
     auto r = std::make_unique<searcher>(prob);
     r->root = reordered_copy(root, k);
     r->root->passInMessageHandler(&r->silent);
-    r->root->getModelPtr()->passInMessageHandler(&r->silent);
+    r->root->getModelPtr()->passInMessageHandler(&r->lp_silent);
     r->root->resolve();
     if (!r->root->isProvenOptimal()) continue;
     r->model = std::make_unique<CbcModel>(*r->root);
-    r->report_to(r->silent, r->silent, r->silent);
+    r->report_to(r->silent, r->silent, r->lp_silent);
     prepare(prob, *r->model, r->cuts, p, nullptr);
     r->model->setLogLevel(0);
     apply_search_limits(prob, *r->model);

@@ -186,4 +186,18 @@ TEST_F(MessageTest, DeepSearchWithSubSearchesPrintsNothing) {
   EXPECT_TRUE(any_contains("Cbc"));
 }
 
+// The same on two threads, where a second search races the first over the
+// rows in another order: its handlers print nothing either (bell5: both
+// searches reach Clp's subtrees).
+TEST_F(MessageTest, RaceOfDeepSearchesPrintsNothing) {
+  mps_model m = read_mps(std::string(KVSL_TEST_DATA_DIR) + "/miplib3/bell5.mps.gz");
+  ASSERT_EQ(load_mps(p, m, true), 0);
+  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, 2), 0);
+  std::string out = captured([&] { ASSERT_EQ(KVSLminim(p, "g"), 0); });
+  EXPECT_EQ(out, "");
+  int status = 0;
+  ASSERT_EQ(KVSLgetintattrib(p, KVSL_ATTR_MIPSTATUS, &status), 0);
+  EXPECT_EQ(status, KVSL_MIP_OPTIMAL);
+}
+
 }  // namespace
