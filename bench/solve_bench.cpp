@@ -5,13 +5,16 @@
  * library or, as the floor, loaded straight into the engine.  The driver
  * times both against each other and against the clp and cbc command lines.
  *
- *   kvtl_solve_bench [--engine] file.mps[.gz] | file.QPS[.gz]
+ *   kvtl_solve_bench [--engine | --threads N] file.mps[.gz] | file.QPS[.gz]
+ *
+ * --threads: the engine's thread count for the library's search (1).
  *
  * Prints one line of key=value pairs: read+build(+load) and solve wall
  * seconds, the status, the objective (with the file's constant) and the
  * number of search nodes.
  */
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <time.h>
 
@@ -35,11 +38,12 @@ double wall_seconds() {
 // Does the file name say it holds a quadratic objective section?
 bool is_qps(const char *file) { return strstr(file, ".QPS") != nullptr || strstr(file, ".qps") != nullptr; }
 
-int through_library(const char *file) {
+int through_library(const char *file, int threads) {
   mdlseterrctrl(0);
   MDLprob prob = mdlnewprob(nullptr);
   if (prob == nullptr) return 1;
   mdlsetmsglevel_prob(prob, 1);
+  KVSLsetintcontrol(static_cast<KVSLprob>(mdlgetkvslprob_prob(prob)), KVSL_CTRL_THREADS, threads);
   const double t0 = wall_seconds();
   mps_model_info info;
   std::string error;
@@ -185,9 +189,18 @@ int into_engine(const char *file) {
 
 int main(int argc, char **argv) {
   const bool engine = argc == 3 && strcmp(argv[1], "--engine") == 0;
-  if (argc != 2 && !engine) {
-    fprintf(stderr, "usage: kvtl_solve_bench [--engine] file.mps[.gz]\n");
+  int threads = 1;
+  if (argc == 4 && strcmp(argv[1], "--threads") == 0) {
+    char *end = nullptr;
+    long n = strtol(argv[2], &end, 10);
+    if (*end != '\0' || n < 1 || n > 64) {
+      fprintf(stderr, "kvtl_solve_bench: --threads wants 1 to 64\n");
+      return 2;
+    }
+    threads = static_cast<int>(n);
+  } else if (argc != 2 && !engine) {
+    fprintf(stderr, "usage: kvtl_solve_bench [--engine | --threads N] file.mps[.gz]\n");
     return 2;
   }
-  return engine ? into_engine(argv[2]) : through_library(argv[1]);
+  return engine ? into_engine(argv[2]) : through_library(argv[argc - 1], threads);
 }
