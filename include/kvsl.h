@@ -570,7 +570,8 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  *                               (at most 8) race over different orders of
  *                               the rows, sharing their best solution,
  *                               until the first finishes; the first logs,
- *                               the others are silent.  With column
+ *                               the others are silent, and the node count
+ *                               sums them all.  With column
  *                               entities, sets or indicator rows, and
  *                               under a node limit, Cbc's threaded tree
  *                               search; with search callbacks, and in the

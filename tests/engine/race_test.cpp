@@ -121,6 +121,13 @@ class RaceTest : public LoggedEngineTest {
     m = read_mps(std::string(KVSL_TEST_DATA_DIR) + "/miplib3/" + name + ".mps.gz");
     ASSERT_EQ(load_mps(p, m, true), 0);
   }
+  // Search on the given threads; expect the optimum.
+  void expect_optimum_on(int threads, double optimum) {
+    ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, threads), 0);
+    ASSERT_EQ(KVSLmipoptimize(p, ""), 0);
+    EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
+    EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), optimum, 1e-6);
+  }
   mps_model m;
 };
 
@@ -129,10 +136,7 @@ class RaceTest : public LoggedEngineTest {
 // says).  The result is the optimum.
 TEST_F(RaceTest, TwoThreadsLogOneSearch) {
   load("p0201");
-  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, 2), 0);
-  ASSERT_EQ(KVSLmipoptimize(p, ""), 0);
-  EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
-  EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), 7615, 1e-6);
+  expect_optimum_on(2, 7615);
   EXPECT_EQ(with("At root node").size(), 1u);
   const size_t completed = with("Search completed").size();
   const size_t partial = with("Partial search").size();
@@ -144,9 +148,7 @@ TEST_F(RaceTest, TwoThreadsLogOneSearch) {
 // where nothing better exists.
 TEST_F(RaceTest, StartOnTwoThreads) {
   load("lseu");
-  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, 1), 0);
-  ASSERT_EQ(KVSLmipoptimize(p, ""), 0);
-  ASSERT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
+  expect_optimum_on(1, 1120);
   std::vector<double> x(static_cast<size_t>(m.ncols));
   ASSERT_EQ(KVSLgetmipsol(p, x.data(), nullptr), 0);
   ASSERT_EQ(load_mps(p, m, true), 0);
@@ -154,11 +156,8 @@ TEST_F(RaceTest, StartOnTwoThreads) {
   std::vector<int> cols;
   for (int j = 0; j < m.ncols; ++j) cols.push_back(j);
   ASSERT_EQ(KVSLaddmipsol(p, m.ncols, x.data(), cols.data(), "optimal"), 0);
-  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, 2), 0);
-  ASSERT_EQ(KVSLmipoptimize(p, ""), 0);
+  expect_optimum_on(2, 1120);
   EXPECT_EQ(with("MIP start optimal is the incumbent").size(), 1u);
-  EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
-  EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), 1120, 1e-6);
 }
 
 // An integer model without an integer point, on two and on four threads.
@@ -181,10 +180,7 @@ TEST_F(RaceTest, InfeasibleOnTwoAndFourThreads) {
 // Four threads: four searches (two row shuffles), the optimum.
 TEST_F(RaceTest, FourThreadsReachTheOptimum) {
   load("stein27");
-  ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, 4), 0);
-  ASSERT_EQ(KVSLmipoptimize(p, ""), 0);
-  EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
-  EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), 18, 1e-6);
+  expect_optimum_on(4, 18);
   EXPECT_LE(dbl_attr(p, KVSL_ATTR_BESTBOUND), 18 + 1e-6);
 }
 
