@@ -1,7 +1,8 @@
 /*
  * mip.cpp -- the global search with Cbc over Clp: root strengthening, cut
- * generators, heuristics, branching directives, limits, status and the
- * best solution checked against the loaded problem.
+ * generators, heuristics, branching directives, limits, threads (a race of
+ * searches or Cbc's own), status and the best solution checked against the
+ * loaded problem.
  */
 #include <algorithm>
 #include <atomic>
