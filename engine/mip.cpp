@@ -179,16 +179,15 @@ constexpr int most_racers = 8;
 // proofs sooner.  Not with objects, which keep Cbc's threads, with the
 // application's callbacks (which keep to one thread) nor under a node limit
 // (the searches would each count their own nodes).
-bool races(const kvsl_prob *prob, bool objects) {
-  return intcontrol(prob, KVSL_CTRL_THREADS) > 1 && !objects && !has_search_callbacks(prob) &&
+bool races(const kvsl_prob *prob, int threads, bool objects) {
+  return threads > 1 && !objects && !has_search_callbacks(prob) &&
          intcontrol(prob, KVSL_CTRL_MAXNODE) <= 0;
 }
 
 // One search of the problem: its model, its own copy of the root when it
 // is not the first search of a race, and what the model refers to.
 struct searcher {
-  explicit searcher(kvsl_prob *prob) : lp_quiet(prob) {
-    lp_quiet.setLogLevel(0);
+  searcher() {
     silent.setLogLevel(0);
     lp_silent.setLogLevel(0);
   }
@@ -200,14 +199,9 @@ struct searcher {
       clp->getModelPtr()->passInMessageHandler(&lp);
   }
 
-  // The node LPs stay silent; the search reports on them.  Clp's own
-  // handler is one of its own: the heuristics' sub-searches set the log
-  // level of the solver handler they share with the search (to 1), and
-  // Clp's subtrees print their trace to stdout whenever the level of the
-  // LP's handler is above 0.
-  backend_log lp_quiet;
   // The handlers of a search beside the first of a race: the search's and
-  // its solver's, and its LP's, which stays apart for the reason above.
+  // its solver's, and its LP's, which stays apart for the reason given in
+  // search().
   silent_log silent, lp_silent;
   cut_generators cuts;
   std::unique_ptr<OsiClpSolverInterface> root;
@@ -274,7 +268,7 @@ void race(kvsl_prob *prob, std::vector<std::unique_ptr<searcher>> &team,
   auto state = std::make_shared<race_state>();
   join_race(*team.front()->model, state);
   for (int k = 1; k < racers; ++k) {
-    auto r = std::make_unique<searcher>(prob);
+    auto r = std::make_unique<searcher>();
     r->root = reordered_copy(root, k);
     r->root->passInMessageHandler(&r->silent);
     r->root->getModelPtr()->passInMessageHandler(&r->lp_silent);
@@ -413,7 +407,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
 
   bool objects = needs_objects(prob, held);
   const int threads = intcontrol(prob, KVSL_CTRL_THREADS);
-  const int racers = races(prob, objects) ? std::min(threads, most_racers) : 1;
+  const int racers = races(prob, threads, objects) ? std::min(threads, most_racers) : 1;
   // Cbc derives the objective's step from integer columns alone; where
   // continuous columns carry costs and their part of the model keeps the
   // step (pk1 in its file's row order: 280 064 nodes to 157 476), the
@@ -423,12 +417,19 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
   const double step =
       objects || has_search_callbacks(prob) ? 0.0 : continuous_objective_step(solver);
   const plan p{a, objects, integer_bounds_finite(solver), threads > 1 && racers == 1, step};
+  // The node LPs stay silent; the search reports on them.  Clp's own
+  // handler is one of its own: the heuristics' sub-searches set the log
+  // level of the solver handler they share with the search (to 1), and
+  // Clp's subtrees print their trace to stdout whenever the level of the
+  // LP's handler is above 0.
+  backend_log lp_quiet(prob);
+  lp_quiet.setLogLevel(0);
   std::vector<std::unique_ptr<searcher>> team;
-  team.push_back(std::make_unique<searcher>(prob));
+  team.push_back(std::make_unique<searcher>());
   searcher &lead = *team.front();
   lead.model = std::make_unique<CbcModel>(solver);
   CbcModel &model = *lead.model;
-  lead.report_to(log, quiet, lead.lp_quiet);
+  lead.report_to(log, quiet, lp_quiet);
   row_pool pool(prob, held);
   prepare(prob, model, lead.cuts, p, held.empty() ? nullptr : &pool);
   if (objects) {
