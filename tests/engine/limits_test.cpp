@@ -451,6 +451,25 @@ TEST_F(GapTest, AbsoluteGap) {
   expect_within(20.0);
 }
 
+// Limits that stop the search in its root's cut passes, on one thread and
+// two: the bound stays a bound.  Every point of the exact split costs 0;
+// the search once gave the objective of a cut pass's LP stopped half-way
+// (23.6 to 110.2) as its bound.
+TEST_F(LimitsTest, TimeLimitInTheRootKeepsTheBound) {
+  sparse_model mod = market_split(5, 40, false, 11);
+  for (int threads : {1, 2}) {
+    ASSERT_EQ(KVSLsetintcontrol(p, KVSL_CTRL_THREADS, threads), 0);
+    for (int rep = 0; rep < 20; ++rep)
+      for (double limit : {0.0005, 0.001, 0.002, 0.004}) {
+        SCOPED_TRACE(testing::Message() << threads << " threads, limit " << limit);
+        search_within(mod, limit);
+        int status = int_attr(p, KVSL_ATTR_MIPSTATUS);
+        ASSERT_EQ(status, KVSL_MIP_NO_SOL_FOUND);
+        ASSERT_LE(dbl_attr(p, KVSL_ATTR_BESTBOUND), 1e-6);
+      }
+  }
+}
+
 // ---- Threads ----------------------------------------------------------------
 
 // The search on two threads finds the same optimum as on one.
