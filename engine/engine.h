@@ -183,10 +183,12 @@ struct kvsl_prob {
   std::shared_ptr<kvsl::callback_state> callbacks;
 
   // Limits of the running solve (solve_limits.h): its wall-clock deadline in
-  // steady-clock seconds (0: none), and whether a limit has stopped it
-  // (set from search threads and const paths, hence atomic and mutable).
+  // steady-clock seconds (0: none), whether a limit has stopped it, and
+  // whether the deadline stopped a simplex half-way (set from search
+  // threads and const paths, hence atomic and mutable).
   double deadline = 0.0;
   mutable std::atomic<bool> limit_hit{false};
+  mutable std::atomic<bool> lp_cut_short{false};
 
   kvsl_prob();
   ~kvsl_prob();

@@ -208,6 +208,9 @@ struct searcher {
   std::unique_ptr<CbcModel> model;
   std::shared_ptr<void> app, start;
   bool failed = false;
+  // The search's bound as last taken down by its deadline's watch (in the
+  // backend's minimising sense).
+  double bound_seen = -COIN_DBL_MAX;
 };
 
 // How the searches of one attempt are set up.
@@ -278,7 +281,7 @@ void race(kvsl_prob *prob, std::vector<std::unique_ptr<searcher>> &team,
     r->report_to(r->silent, r->silent, r->lp_silent);
     prepare(prob, *r->model, r->cuts, p, nullptr);
     r->model->setLogLevel(0);
-    apply_search_limits(prob, *r->model);
+    apply_search_limits(prob, *r->model, &r->bound_seen);
     r->model->setNumberThreads(0);
     join_race(*r->model, state);
     team.push_back(std::move(r));
@@ -314,15 +317,6 @@ void race(kvsl_prob *prob, std::vector<std::unique_ptr<searcher>> &team,
   if (lead_failure) std::rethrow_exception(lead_failure);
 }
 
-// Did the search stop in its root, before any node of its tree?  Its bound
-// may then be the objective of a node LP stopped half-way through the cut
-// passes (an exact split whose every point costs 0, stopped by a limit of
-// half a millisecond: 23.6, 95.1, 105.4 or 110.2); the root LP's bound
-// stands instead.
-bool stopped_in_root(const CbcModel &m) {
-  return m.getNodeCount() == 0 && !m.isProvenOptimal() && !m.isProvenInfeasible();
-}
-
 // Fill the MIP results from the searches of an attempt: the best solution
 // any of them found, the best bound, and the status (finished when one of
 // them finished); asks for a retry when that solution fails the final
@@ -343,11 +337,19 @@ outcome harvest(kvsl_prob *prob, const std::vector<std::unique_ptr<searcher>> &t
   const CbcModel &lead = *team.front()->model;
   // Each search's bound holds up to the cutoffs the others gave it, which
   // the best solution's value bounds (in the backend's minimising sense).
+  // Not after the deadline has cut a simplex short: the search took that
+  // LP for infeasible (and dropped the node) or its objective for a bound
+  // (in a cut pass of the root: 23.6 to 110.2 on an exact split whose every
+  // point costs 0).  Then the bound is the last one the deadline's watch
+  // took down, or the root LP's (which prob->best_bound holds here).
   const double sense = lead.solver()->getObjSense();
+  const bool cut_short = simplex_cut_short(prob);
+  const double root = sense * (prob->best_bound + prob->objconst);
   double bound = -COIN_DBL_MAX;
   for (const auto &r : team) {
-    if (!r->model || r->failed || stopped_in_root(*r->model)) continue;
-    double b = sense * r->model->getBestPossibleObjValue();
+    if (!r->model || r->failed) continue;
+    double b = cut_short ? std::max(r->bound_seen, root)
+                         : sense * r->model->getBestPossibleObjValue();
     if (std::fabs(b) >= 1e49) continue;
     if (best != nullptr) b = std::min(b, best->getMinimizationObjValue());
     bound = std::max(bound, b);
@@ -453,7 +455,7 @@ outcome search(kvsl_prob *prob, backend_log &log, backend_log &quiet, attempt a)
     add_indicator_objects(prob, model, indicator_rows, dirs);
   }
   lead.app = attach_search_callbacks(prob, model);
-  apply_search_limits(prob, model);
+  apply_search_limits(prob, model, &lead.bound_seen);
   if (racers > 1) model.setNumberThreads(0);
   // After the callbacks and the limits' watch: the start's guard passes
   // every other event on to them, and the candidate callback sees the start.

@@ -48,7 +48,10 @@ class simplex_watch : public ClpEventHandler {
       if (rc != -1) return rc;
     }
     // 0 ends the simplex with status 5 (stopped by an event).
-    if (which == endOfIteration && deadline_passed(prob_)) return 0;
+    if (which == endOfIteration && deadline_passed(prob_)) {
+      prob_->lp_cut_short = true;
+      return 0;
+    }
     return -1;
   }
 
@@ -57,18 +60,38 @@ class simplex_watch : public ClpEventHandler {
   ClpEventHandler *inner_;
 };
 
-// Stops the tree at the deadline: checked after every node.
+// How often the search's bound is taken down while the tree grows
+// (seconds): the tree's bound is a walk over its open nodes.
+constexpr double bound_interval = 0.05;
+
+// Stops the tree at the deadline: checked after every node (of the search
+// and of its heuristics' sub-searches, which copy the handler).  In the
+// search it was installed in it also takes down the search's bound now
+// and then while no simplex has been cut short: a bound that still holds
+// when one later is (see apply_search_limits).
 class search_watch : public CbcEventHandler {
  public:
-  explicit search_watch(const kvsl_prob *prob) : prob_(prob) {}
+  search_watch(const kvsl_prob *prob, double *bound_seen) : prob_(prob), seen_(bound_seen) {}
   CbcEventHandler *clone() const override { return new search_watch(*this); }
+  void set_owner(const CbcModel *owner) { owner_ = owner; }
   CbcAction event(CbcEvent which) override {
-    if ((which == node || which == treeStatus) && deadline_passed(prob_)) return stop;
+    if (which != node && which != treeStatus) return noAction;
+    if (deadline_passed(prob_)) return stop;
+    if (seen_ != nullptr && model_ == owner_ && !prob_->lp_cut_short) {
+      const double t = now();
+      if (t >= next_) {
+        *seen_ = model_->solver()->getObjSense() * model_->getBestPossibleObjValue();
+        next_ = t + bound_interval;
+      }
+    }
     return noAction;
   }
 
  private:
   const kvsl_prob *prob_;
+  double *seen_;
+  const CbcModel *owner_ = nullptr;
+  double next_ = 0.0;
 };
 
 }  // namespace
@@ -77,6 +100,7 @@ deadline_scope::deadline_scope(kvsl_prob *prob) : prob_(prob) {
   double t = dblcontrol(prob, KVSL_CTRL_TIMELIMIT);
   prob->deadline = t > 0.0 && std::isfinite(t) ? now() + t : 0.0;
   prob->limit_hit = false;
+  prob->lp_cut_short = false;
 }
 
 deadline_scope::~deadline_scope() {
@@ -102,6 +126,8 @@ bool deadline_passed(const kvsl_prob *prob) {
 
 bool stopped_by_limit(const kvsl_prob *prob) { return prob->limit_hit; }
 
+bool simplex_cut_short(const kvsl_prob *prob) { return prob->lp_cut_short; }
+
 double sub_solve_seconds(const kvsl_prob *prob, double cap) {
   return std::max(shortest, std::min(cap, seconds_left(prob)));
 }
@@ -120,7 +146,7 @@ void watch_deadline(const kvsl_prob *prob, ClpSimplex &m, ClpEventHandler *inner
   m.passInEventHandler(&watch);  // the model keeps a clone
 }
 
-void apply_search_limits(const kvsl_prob *prob, CbcModel &model) {
+void apply_search_limits(const kvsl_prob *prob, CbcModel &model, double *bound_seen) {
   int maxnode = intcontrol(prob, KVSL_CTRL_MAXNODE);
   // Attempts of one solve share the node limit.
   model.setMaximumNodes(maxnode > 0 ? std::max(0, maxnode - prob->nodes) : INT_MAX);
@@ -132,8 +158,9 @@ void apply_search_limits(const kvsl_prob *prob, CbcModel &model) {
   // With the application's callbacks the search keeps to one thread.
   if (threads > 1 && model.getEventHandler() == nullptr) model.setNumberThreads(threads);
   if (has_deadline(prob) && model.getEventHandler() == nullptr) {
-    search_watch watch(prob);
+    search_watch watch(prob, bound_seen);
     model.passInEventHandler(&watch);  // the model keeps a clone
+    static_cast<search_watch *>(model.getEventHandler())->set_owner(&model);
   }
 }
 

@@ -39,6 +39,10 @@ double seconds_left(const kvsl_prob *prob);
 bool deadline_passed(const kvsl_prob *prob);
 // Has a limit stopped the running solve somewhere?
 bool stopped_by_limit(const kvsl_prob *prob);
+// Has the deadline stopped a simplex of the running solve half-way?  A
+// search takes such an LP for infeasible or its objective for a bound:
+// its own bound (and verdict) no longer hold.
+bool simplex_cut_short(const kvsl_prob *prob);
 // The time limit of a sub-solve (its own engine problem) that may take at
 // most cap seconds and must end by the deadline; always > 0, so that the
 // sub-solve gets a limit even when the deadline has passed.
@@ -57,8 +61,12 @@ void watch_deadline(const kvsl_prob *prob, ClpSimplex &m, ClpEventHandler *inner
 // time limit, absolute and relative gap and thread count of a search, and an
 // event handler that stops the tree at the deadline when the model has no
 // other handler (the application's callbacks check the deadline
-// themselves).  Call after any other handler is attached.
-void apply_search_limits(const kvsl_prob *prob, CbcModel &model);
+// themselves).  Call after any other handler is attached.  That handler
+// also writes the search's bound (in the backend's minimising sense) to
+// *bound_seen (when not null) every twentieth of a second or so, for as
+// long as no simplex has been cut short: a bound that holds whatever the
+// deadline does to the search later.
+void apply_search_limits(const kvsl_prob *prob, CbcModel &model, double *bound_seen = nullptr);
 // The MIP status after a search that a limit may have stopped: when the
 // deadline stopped it, the verdict "complete" cannot stand, so the status
 // becomes 4 with a solution (the best found, or a checked MIP start) or 3
