@@ -635,9 +635,12 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
  * (the best found, or the checked MIP start when the search found none
  * better; KVSLgetmipsol and attribute 2003 read it) and 3 when not; the
  * best bound (attribute 2002, never beyond the solution) and the node
- * count (1036) stay readable.  An LP stopped by the time limit has LP
- * status 4 (unfinished) and no solution; so has the root LP of a search
- * stopped before the root was solved.
+ * count (1036) stay readable.  The bound holds whatever the limit
+ * interrupted: when it stopped an LP of the search half-way, it is the
+ * last bound the search had taken down before (about every twentieth of
+ * a second of the tree), or the root LP's.  An LP stopped by the time
+ * limit has LP status 4 (unfinished) and no solution; so has the root LP
+ * of a search stopped before the root was solved.
  */
 
 /* ---- Attribute numbers ----------------------------------------------------
