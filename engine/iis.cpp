@@ -297,11 +297,17 @@ struct iis_state {
 
 namespace {
 
-// Run a search step, turning backend failures into error codes.
+// Run a step, turning backend failures into error codes; a step that
+// searches (`solves`) first checks the problem as an optimisation does.
 template <class F>
-int guarded(KVSLprob prob, F &&step) {
+int guarded(KVSLprob prob, F &&step, bool solves = false) {
   if (prob == nullptr) return KVSL_ERR_BADARG;
   if (!prob->loaded) return kvsl::fail(prob, KVSL_ERR_NOTLOADED);
+  const char *why = nullptr;
+  if (int rc = solves ? kvsl::validate_problem(prob, &why) : 0; rc != 0) {
+    kvsl::message(prob, 4, why);
+    return kvsl::fail(prob, rc);
+  }
   // Each call that searches has the time limit to itself.
   kvsl::deadline_scope limits(prob);
   try {
@@ -369,7 +375,7 @@ KVSL_EXPORT int KVSLiisall(KVSLprob prob) {
       if (rc != 0) return rc;
     }
     return 0;
-  });
+  }, true);
 }
 
 KVSL_EXPORT int KVSLiisfirst(KVSLprob prob, int mode, int *status) {
@@ -380,14 +386,14 @@ KVSL_EXPORT int KVSLiisfirst(KVSLprob prob, int mode, int *status) {
     st.compute_approx();
     if (status != nullptr) *status = st.approx.empty() ? 1 : 0;
     return 0;
-  });
+  }, true);
 }
 
 KVSL_EXPORT int KVSLiisnext(KVSLprob prob, int *status) {
   return guarded(prob, [&] {
     kvsl::iis_state &st = prob->iis ? *prob->iis : fresh_state(prob);
     return step_next(prob, st, status);
-  });
+  }, true);
 }
 
 KVSL_EXPORT int KVSLgetiisdata(KVSLprob prob, int num, int *nrows, int *ncols, int rowind[],

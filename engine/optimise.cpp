@@ -20,11 +20,10 @@ bool has_globals(const kvsl_prob *prob) {
 int optimise(KVSLprob prob, const char *flags, bool search) {
   if (prob == nullptr) return KVSL_ERR_BADARG;
   if (!prob->loaded) return kvsl::fail(prob, KVSL_ERR_NOTLOADED);
-  if (int rc = kvsl::validate_problem(prob); rc != 0) {
+  const char *why = nullptr;
+  if (int rc = kvsl::validate_problem(prob, &why); rc != 0) {
     kvsl::drop_solutions(prob);
-    kvsl::message(prob, 4, rc == KVSL_ERR_BADNUMBER
-                               ? "The problem holds a NaN or an infinite coefficient."
-                               : "An indicator column is not a binary column.");
+    kvsl::message(prob, 4, why);
     return kvsl::fail(prob, rc);
   }
   kvsl::deadline_scope limits(prob);

@@ -89,9 +89,10 @@ void apply_changes(OsiSolverInterface *solver, const std::vector<bound_change> &
 // the primal simplex from a slack basis; returns the iterations spent.
 int confirm_verdict(ClpSimplex &m);
 
-// Check the loaded problem's numbers and entities before an optimisation:
-// 0, or KVSL_ERR_BADNUMBER or KVSL_ERR_ENTITY.
-int validate_problem(const kvsl_prob *prob);
+// Check the loaded problem's numbers, bounds and entities before an
+// optimisation: 0, or KVSL_ERR_BADNUMBER or KVSL_ERR_ENTITY with the
+// reason's text in *why.
+int validate_problem(const kvsl_prob *prob, const char **why);
 
 // ---- Column entities: semi-continuous (integer) and partial integer -----
 // Set the search model's relaxation bounds and integer columns.

@@ -30,6 +30,15 @@ bool all_numbers(const double *v, int64_t n) {
   return true;
 }
 
+// Can some number lie within each of the n pairs of bounds as far as
+// infinity goes: no lower bound of +infinity, no upper bound of -infinity?
+// (Crossed finite bounds are an infeasible model; these abort the simplex.)
+bool all_attainable(const double *lo, const double *up, int n) {
+  for (int k = 0; k < n; ++k)
+    if (lo[k] >= KVSL_INFINITY || up[k] <= -KVSL_INFINITY) return false;
+  return true;
+}
+
 // Is column col a binary column of the search: type 'B', or 'I' with
 // bounds inside [0, 1]?
 bool is_binary_column(const kvsl_prob *prob, int col) {
@@ -45,25 +54,35 @@ bool is_binary_column(const kvsl_prob *prob, int col) {
 
 }  // namespace
 
-int validate_problem(const kvsl_prob *prob) {
+int validate_problem(const kvsl_prob *prob, const char **why) {
   const ClpSimplex &m = *prob->lp;
   int n = m.numberColumns(), r = m.numberRows();
   const CoinPackedMatrix *a = m.matrix();
+  const CoinPackedMatrix *q = quadratic_of(m);
+  bool limits = true;
+  for (const auto &e : prob->entities)
+    if ((e.type == 'P' || e.type == 'S' || e.type == 'R') && std::isnan(e.limit)) limits = false;
   if (!all_usable(m.objective(), n) || !std::isfinite(prob->objconst) ||
       !all_usable(a->getElements(), a->getNumElements()) ||
+      (q != nullptr && !all_usable(q->getElements(), q->getNumElements())) ||
       !all_numbers(m.columnLower(), n) || !all_numbers(m.columnUpper(), n) ||
       !all_numbers(m.rowLower(), r) || !all_numbers(m.rowUpper(), r) ||
       !all_numbers(prob->rhs.data(), static_cast<int64_t>(prob->rhs.size())) ||
       !all_numbers(prob->range.data(), static_cast<int64_t>(prob->range.size())) ||
-      !all_usable(prob->setref.data(), static_cast<int64_t>(prob->setref.size())))
+      !all_usable(prob->setref.data(), static_cast<int64_t>(prob->setref.size())) || !limits) {
+    *why = "The problem holds a NaN or an infinite coefficient.";
     return KVSL_ERR_BADNUMBER;
-  if (const CoinPackedMatrix *q = quadratic_of(m); q != nullptr)
-    if (!all_usable(q->getElements(), q->getNumElements())) return KVSL_ERR_BADNUMBER;
-  for (const auto &e : prob->entities)
-    if ((e.type == 'P' || e.type == 'S' || e.type == 'R') && std::isnan(e.limit))
-      return KVSL_ERR_BADNUMBER;
+  }
+  if (!all_attainable(m.columnLower(), m.columnUpper(), n) ||
+      !all_attainable(m.rowLower(), m.rowUpper(), r)) {
+    *why = "The problem holds a lower bound of +infinity or an upper bound of -infinity.";
+    return KVSL_ERR_BADNUMBER;
+  }
   for (const auto &ind : prob->indicators)
-    if (!is_binary_column(prob, ind.col)) return KVSL_ERR_ENTITY;
+    if (!is_binary_column(prob, ind.col)) {
+      *why = "An indicator column is not a binary column.";
+      return KVSL_ERR_ENTITY;
+    }
   return 0;
 }
 

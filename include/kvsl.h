@@ -727,10 +727,16 @@ int KVSLgetcpcuts(KVSLprob prob, const KVSLcut cuts[], int ncuts, int size,
 #define KVSL_ERR_UNSUPPORTED 8      /**< capability not available in this engine */
 #define KVSL_ERR_BACKEND 9          /**< a backend failed */
 #define KVSL_ERR_INDEX 10           /**< row, column or set index out of range */
-/* Checked when an optimisation starts (nothing is solved then): */
-#define KVSL_ERR_BADNUMBER 11       /**< a NaN anywhere, or an infinite objective,
-                                       matrix or quadratic coefficient, limit or
-                                       set reference value */
+/* Checked when an optimisation or a search for infeasible subsystems
+   starts (nothing is solved then): */
+#define KVSL_ERR_BADNUMBER 11       /**< a NaN anywhere, an infinite objective,
+                                       matrix or quadratic coefficient or set
+                                       reference value, or a bound no number
+                                       meets: a lower bound of +infinity or an
+                                       upper bound of -infinity, of a column or
+                                       of a row (an infinite limit of a
+                                       partial integer or semi-continuous
+                                       column is taken as it stands) */
 #define KVSL_ERR_ENTITY 12          /**< an entity the search cannot take: an
                                        indicator column that is not a binary
                                        ('B', or 'I' within [0, 1]) */

@@ -3,8 +3,16 @@
  * small models from fixed seeds: every entity kind alone and mixed, both
  * senses, finite and infinite bounds, degenerate and infeasible models.
  */
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <iterator>
 #include <sstream>
+#include <vector>
 
 #include "engine_test.h"
 #include "mip_oracle.h"
@@ -343,6 +351,113 @@ TEST_F(MipOracle, DISABLED_NetworkFormManyMore) {
   run(39000001, 50000, k_integer | k_network);
   threads_ = 2;
   run(39500001, 20000, k_integer | k_network);
+}
+
+}  // namespace
+
+// ---- Hostile numbers ---------------------------------------------------------
+
+namespace {
+
+using namespace oracle;
+
+// Numbers at and beyond the edges of what a model means: huge and tiny
+// magnitudes, the engine's infinity and beyond it, negative zero, the
+// smallest denormal.
+constexpr double hostile_values[] = {1e30,  -1e30, 1e-30, 1e15,   -1e15,  1e-12,  1e19,
+                                     -1e19, 1e20,  -1e20, 1e21,   -1e21,  -0.0,   5e-324,
+                                     1e300, -1e300, 1e9,  123456789.123};
+
+// A generated model with some of its numbers (coefficients, bounds, costs,
+// right-hand sides, ranges, limits) replaced by hostile ones.
+model hostile_model(uint64_t seed) {
+  model m = generate(seed, seed % 3 == 0 ? (k_integer | k_large) : 0xFF);
+  uint64_t s = seed;
+  auto draw = [&s](int below) {
+    s = s * 6364136223846793005ull + 1442695040888963407ull;
+    return static_cast<int>((s >> 33) % static_cast<uint64_t>(below));
+  };
+  auto spoil = [&](double &v, int percent) {
+    if (draw(100) < percent) v = hostile_values[draw(std::size(hostile_values))];
+  };
+  for (auto &row : m.a)
+    for (double &a : row)
+      if (a != 0) spoil(a, 8);
+  for (auto *v : {&m.lb, &m.ub, &m.obj, &m.rhs, &m.limit})
+    for (double &x : *v) spoil(x, 8);
+  for (double &x : m.range) spoil(x, 5);
+  return m;
+}
+
+// Load the model and run what an application may run on it: the LP and
+// ranging, the search (on two threads for every fifth), a MIP start of
+// hostile values, and for every tenth the search for infeasible
+// subsystems; in a child process, so that an abort is seen as such.
+// Every call may refuse; none may end the process or run on: "" when the
+// child exited normally within a minute, else what became of it.
+std::string survives(uint64_t seed) {
+  const model m = hostile_model(seed);
+  pid_t pid = fork();
+  if (pid == 0) {
+    KVSLprob q = nullptr;
+    if (KVSLcreateprob(&q) == 0 && load(q, m) == 0) {
+      KVSLsetintcontrol(q, KVSL_CTRL_MAXNODE, 200);
+      KVSLsetdblcontrol(q, KVSL_CTRL_TIMELIMIT, 2.0);
+      if (seed % 5 == 0) KVSLsetintcontrol(q, KVSL_CTRL_THREADS, 2);
+      KVSLchgobjsense(q, m.sense);
+      KVSLlpoptimize(q, "");
+      KVSLrange(q);
+      KVSLmipoptimize(q, "");
+      std::vector<double> x(m.ncols());
+      for (size_t j = 0; j < x.size(); ++j)
+        x[j] = hostile_values[(seed + j) % std::size(hostile_values)];
+      std::vector<int> cols(m.ncols());
+      for (int j = 0; j < m.ncols(); ++j) cols[j] = j;
+      int status = 0;
+      KVSLloadmipsol(q, x.data(), &status);
+      KVSLaddmipsol(q, m.ncols(), x.data(), cols.data(), "hostile");
+      KVSLmipoptimize(q, "");
+      if (seed % 10 == 0) {
+        KVSLlpoptimize(q, "");
+        KVSLiisall(q);
+        KVSLiisfirst(q, 0, &status);
+      }
+    }
+    _exit(0);  // the child's state dies with it
+  }
+  if (pid < 0) return "no child process";
+  int st = 0;
+  const auto start = std::chrono::steady_clock::now();
+  for (useconds_t nap = 50; waitpid(pid, &st, WNOHANG) == 0; nap = std::min<useconds_t>(2 * nap, 10000)) {
+    if (std::chrono::steady_clock::now() - start > std::chrono::minutes(1)) {
+      kill(pid, SIGKILL);  // every solve has two seconds
+      waitpid(pid, &st, 0);
+      return "the child ran on past a minute";
+    }
+    usleep(nap);
+  }
+  if (WIFSIGNALED(st)) return "the child died of signal " + std::to_string(WTERMSIG(st));
+  return WIFEXITED(st) && WEXITSTATUS(st) == 0 ? "" : "the child failed";
+}
+
+#ifdef __SANITIZE_ADDRESS__
+constexpr int hostile_count = 600;
+#else
+constexpr int hostile_count = 3000;
+#endif
+
+// Without the check of bounds no number meets, 2% of these models aborted
+// the process inside the simplex (a lower bound of +infinity, a row whose
+// lower side is +infinity), and the search for infeasible subsystems of
+// model 120 never ended.
+TEST(HostileNumbers, NoModelEndsTheProcess) {
+  ASSERT_EQ(KVSLinit(nullptr), 0);
+  int died = 0;
+  for (uint64_t seed = 1; seed <= hostile_count; ++seed)
+    if (std::string fate = survives(seed); !fate.empty() && ++died <= 5)
+      ADD_FAILURE() << "seed " << seed << ": " << fate;
+  EXPECT_EQ(died, 0) << "of " << hostile_count << " models";
+  EXPECT_EQ(KVSLfree(), 0);
 }
 
 }  // namespace

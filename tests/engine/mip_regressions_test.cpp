@@ -94,17 +94,30 @@ TEST_F(MipRegression, ContinuousIndicatorColumnIsRefused) {
 
 namespace {
 
-// Each kind of bad number is refused before a solve, by the LP and the
-// search alike, with the documented code.
-class BadInput : public EngineTest {
+// Each kind of bad number is refused before a solve, by the LP, the
+// search and the search for infeasible subsystems alike, with the
+// documented code and a line of level 4 that says why.
+class BadInput : public LoggedEngineTest {
  protected:
   void expect_refused(const dense_model &m, const std::string &types, std::vector<int> cols,
-                      std::vector<double> limits = {}) {
+                      std::vector<double> limits = {},
+                      const char *why = "The problem holds a NaN or an infinite coefficient.") {
     ASSERT_EQ(load_global(p, m, types, cols, limits), 0);
     EXPECT_EQ(KVSLlpoptimize(p, ""), KVSL_ERR_BADNUMBER);
     EXPECT_EQ(int_attr(p, KVSL_ATTR_ERRORCODE), KVSL_ERR_BADNUMBER);
     EXPECT_EQ(KVSLmipoptimize(p, ""), KVSL_ERR_BADNUMBER);
     EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_LP_NOT_OPTIMAL);
+    int status = -1;
+    EXPECT_EQ(KVSLiisfirst(p, 1, &status), KVSL_ERR_BADNUMBER);
+    EXPECT_EQ(KVSLiisall(p), KVSL_ERR_BADNUMBER);
+    EXPECT_EQ(with(why).size(), 4u);
+  }
+  // The base model with its only row's rhs and type replaced.
+  dense_model row(char type, double rhs) {
+    dense_model m = base();
+    m.rowtype = std::string(1, type);
+    m.rhs[0] = rhs;
+    return m;
   }
   dense_model base() { return {"L", {4}, {}, {1, 1}, {0, 0}, {10, 10}, {{1, 1}}}; }
   double nan = std::numeric_limits<double>::quiet_NaN();
@@ -135,6 +148,48 @@ TEST_F(BadInput, NanObjectiveSetAfterTheLoad) {
   int col = 1;
   ASSERT_EQ(KVSLchgobj(p, 1, &col, &nan), 0);
   EXPECT_EQ(KVSLmaxim(p, "g"), KVSL_ERR_BADNUMBER);
+}
+
+// Bounds no number meets, which the simplex aborts on: a lower bound of
+// +infinity or an upper bound of -infinity, of a column or of a row (from
+// its type and right-hand side), however far beyond infinity.
+constexpr const char *unattainable =
+    "The problem holds a lower bound of +infinity or an upper bound of -infinity.";
+
+TEST_F(BadInput, LowerBoundOfPlusInfinity) {
+  for (double lb : {KVSL_INFINITY, 1e30, std::numeric_limits<double>::infinity()}) {
+    dense_model m = base();
+    m.lb[1] = lb;
+    m.ub[1] = KVSL_INFINITY;
+    expect_refused(m, "I", {0}, {}, unattainable);
+    lines.clear();
+  }
+}
+
+TEST_F(BadInput, UpperBoundOfMinusInfinity) {
+  dense_model m = base();
+  m.lb[0] = -KVSL_INFINITY;
+  m.ub[0] = -1e25;
+  expect_refused(m, "I", {1}, {}, unattainable);
+}
+
+TEST_F(BadInput, RowsNoActivityMeets) {
+  for (auto [type, rhs] : {std::pair{'G', KVSL_INFINITY}, {'L', -KVSL_INFINITY}, {'E', 1e30},
+                           {'E', -1e30}}) {
+    SCOPED_TRACE(testing::Message() << type << " " << rhs);
+    expect_refused(row(type, rhs), "I", {0}, {}, unattainable);
+    lines.clear();
+  }
+}
+
+// The other way round, a row is free: solved.
+TEST_F(BadInput, RowsEveryActivityMeetsAreSolved) {
+  for (auto [type, rhs] : {std::pair{'L', KVSL_INFINITY}, {'G', -1e30}}) {
+    ASSERT_EQ(load_global(p, row(type, rhs), "I", {0}), 0);
+    EXPECT_EQ(KVSLmaxim(p, "g"), 0);
+    EXPECT_EQ(int_attr(p, KVSL_ATTR_MIPSTATUS), KVSL_MIP_OPTIMAL);
+    EXPECT_EQ(dbl_attr(p, KVSL_ATTR_MIPOBJVAL), 20.0);
+  }
 }
 
 // Crossed bounds are no error: the model is infeasible.

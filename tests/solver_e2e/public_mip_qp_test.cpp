@@ -128,6 +128,26 @@ TEST_F(PublicMipQp, InfeasibleMip) {
   EXPECT_EQ(errors.last().number, 1520);
 }
 
+// A lower bound of +infinity (the library's 1e+20, which it stores as
+// given) is a bound no value meets: the engine refuses the search with its
+// code 11 rather than hand it to the simplex, which aborted the process on
+// it.  Back to a finite bound, the model solves.
+TEST_F(PublicMipQp, LowerBoundOfInfinityIsAnEngineError) {
+  MDLvar n = mdlnewvar_prob(prob, "n", MDL_INTEGER, 0, 10);
+  MDLvar x = mdlnewvar_prob(prob, "x", MDL_CONTINUOUS, 1e20, 1e20);
+  row(prob, "r", MDL_LEQ, {{n, 2}, {x, 1}}, 30);
+  objective(prob, {{n, 1}, {x, 1}});
+  EXPECT_EQ(mdlmaxim_prob(prob, "g"), 1);
+  expect_engine_error("(maxim) Korvex-Optimizer error 11 during 'maxim'. Return value: 11.");
+  EXPECT_EQ(mdlgetprobstat_prob(prob) & st_solution, 0);
+  errors.reports.clear();
+  ASSERT_EQ(mdlsetlb(x, 1), 0);
+  ASSERT_EQ(mdlmaxim_prob(prob, "g"), 0);
+  EXPECT_TRUE(errors.empty()) << errors.last().text;
+  EXPECT_EQ(mdlgetmipstat_prob(prob), mip_optimal);
+  EXPECT_NEAR(mdlgetobjval_prob(prob), 30.0, tol);  // n = 0, x = 30
+}
+
 // The objective constant counts in MIP and relaxation values alike.
 //   max a + b + 10 (the constant term -10 on the right-hand side),
 //   a + 2b <= 5, a, b integer in [0, 4]: a = 4, b = 0 (or 3, 1): 14;
