@@ -4,9 +4,11 @@
  */
 #include <chrono>
 #include <cmath>
+#include <vector>
 
 #include <ClpSimplex.hpp>
 #include <ClpSolve.hpp>
+#include <CoinPackedMatrix.hpp>
 
 #include "log.h"
 #include "search.h"
@@ -31,6 +33,38 @@ ClpSolve solve_options(const kvsl_prob *prob, const char *flags, bool presolve) 
   opts.setPresolveType(presolve ? ClpSolve::presolveOn : ClpSolve::presolveOff);
   return opts;
 }
+
+// Rows without coefficients and without bounds, closed to [-1, 1] while
+// the barrier runs: their activity is 0 whatever the columns, so the
+// feasible set, the optimum and the crossover's basis (the row basic) stay
+// those of the problem.  Left free, one such row in an infeasible LP sent
+// the barrier's primal off to infinity, and the backend aborts the
+// process there.  Reopened when the scope ends.
+class closed_empty_rows {
+ public:
+  closed_empty_rows(ClpSimplex &m, bool barrier) : m_(m) {
+    if (!barrier) return;
+    std::vector<char> used(static_cast<size_t>(m.numberRows()), 0);
+    const CoinPackedMatrix &a = *m.matrix();
+    for (int j = 0; j < a.getNumCols(); ++j)
+      for (CoinBigIndex k = a.getVectorStarts()[j]; k < a.getVectorStarts()[j] + a.getVectorLengths()[j]; ++k)
+        if (a.getElements()[k] != 0.0) used[a.getIndices()[k]] = 1;
+    for (int i = 0; i < m.numberRows(); ++i)
+      if (used[i] == 0 && m.rowLower()[i] <= -KVSL_INFINITY && m.rowUpper()[i] >= KVSL_INFINITY) {
+        rows_.push_back(i);
+        m.setRowBounds(i, -1.0, 1.0);
+      }
+  }
+  ~closed_empty_rows() {
+    for (int i : rows_) m_.setRowBounds(i, -COIN_DBL_MAX, COIN_DBL_MAX);
+  }
+  closed_empty_rows(const closed_empty_rows &) = delete;
+  closed_empty_rows &operator=(const closed_empty_rows &) = delete;
+
+ private:
+  ClpSimplex &m_;
+  std::vector<int> rows_;
+};
 
 // Apply tolerances, limits and logging of the problem's controls to Clp.
 void apply_controls(kvsl_prob *prob, ClpSimplex &m, const char *flags) {
@@ -137,17 +171,20 @@ int solve_lp(kvsl_prob *prob, const char *flags) {
       apply_controls(prob, m, flags);
       bool presolve = intcontrol(prob, KVSL_CTRL_PRESOLVE) != 0;
       ClpSolve opts = solve_options(prob, flags, presolve);
-      m.initialSolve(opts);
-      prob->iterations = m.numberIterations();
-      // Presolve may stop at "infeasible or unbounded"; the plain simplex
-      // tells the two apart, and a primal check confirms what it says.
-      if (presolve && (m.status() == 1 || m.status() == 2) && m.secondaryStatus() != 1 &&
-          !deadline_passed(prob)) {
-        ClpSolve plain = solve_options(prob, flags, false);
-        m.initialSolve(plain);
-        prob->iterations += m.numberIterations();
+      {
+        closed_empty_rows closed(m, use_barrier(prob, flags));
+        m.initialSolve(opts);
+        prob->iterations = m.numberIterations();
+        // Presolve may stop at "infeasible or unbounded"; the plain simplex
+        // tells the two apart, and a primal check confirms what it says.
+        if (presolve && (m.status() == 1 || m.status() == 2) && m.secondaryStatus() != 1 &&
+            !deadline_passed(prob)) {
+          ClpSolve plain = solve_options(prob, flags, false);
+          m.initialSolve(plain);
+          prob->iterations += m.numberIterations();
+        }
+        prob->iterations += confirm_verdict(m);
       }
-      prob->iterations += confirm_verdict(m);
       prob->lpstatus = lp_status_of(m);
       if (prob->lpstatus == KVSL_LP_OPTIMAL) take_solution(prob, m);
     }

@@ -168,6 +168,38 @@ TEST_F(LpTest, InfeasibleProblem) {
   }
 }
 
+// An empty free row beside an infeasible row: the barrier's primal went
+// off to infinity and the backend aborted the process (with the free row
+// first or last, presolved or not).  The same with a feasible row is
+// solved, the free row's slack and dual as the simplex gives them.
+TEST_F(LpTest, BarrierBesideAnEmptyFreeRow) {
+  const std::vector<dense_model> infeasible = {
+      {"GN", {12, 7}, {}, {3, -1}, {-1, 0}, {2, 4}, {{0, -4}, {0, 0}}},
+      {"NG", {7, 12}, {}, {3, -1}, {-1, 0}, {2, 4}, {{0, 0}, {0, -4}}}};
+  for (int presolve : {1, 0})
+    for (const dense_model &m : infeasible) {
+      SCOPED_TRACE(testing::Message() << m.rowtype << " presolve " << presolve);
+      KVSLsetintcontrol(p, KVSL_CTRL_PRESOLVE, presolve);
+      ASSERT_EQ(load_lp(p, m), 0);
+      ASSERT_EQ(KVSLminim(p, "b"), 0);
+      EXPECT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), KVSL_LP_INFEAS);
+    }
+  // min 3x0 - x1, -4x1 >= -12, x0 in [-1, 2], x1 in [0, 4]: x0 = -1, x1 = 3.
+  dense_model feasible{"GN", {-12, 7}, {}, {3, -1}, {-1, 0}, {2, 4}, {{0, -4}, {0, 0}}};
+  ASSERT_EQ(load_lp(p, feasible), 0);
+  ASSERT_EQ(KVSLminim(p, "b"), 0);
+  ASSERT_EQ(int_attr(p, KVSL_ATTR_LPSTATUS), KVSL_LP_OPTIMAL);
+  EXPECT_NEAR(dbl_attr(p, KVSL_ATTR_LPOBJVAL), -6.0, 1e-9);
+  double barrier_slack[2], barrier_dual[2], slack[2], dual[2];
+  ASSERT_EQ(KVSLgetlpsol(p, nullptr, barrier_slack, barrier_dual, nullptr), 0);
+  ASSERT_EQ(KVSLminim(p, "d"), 0);
+  ASSERT_EQ(KVSLgetlpsol(p, nullptr, slack, dual, nullptr), 0);
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_NEAR(barrier_slack[i], slack[i], 1e-9) << i;
+    EXPECT_NEAR(barrier_dual[i], dual[i], 1e-9) << i;
+  }
+}
+
 TEST_F(LpTest, UnboundedProblem) {
   dense_model m{"L", {1}, {}, {1, 0}, {}, {}, {{1, -1}}};
   for (const char *flags : {"", "p"}) {
