@@ -389,14 +389,14 @@ model hostile_model(uint64_t seed) {
   return m;
 }
 
-// Load the model and run what an application may run on it: the LP and
-// ranging, the search (on two threads for every fifth), a MIP start of
-// hostile values, and for every tenth the search for infeasible
-// subsystems; in a child process, so that an abort is seen as such.
-// Every call may refuse; none may end the process or run on: "" when the
-// child exited normally within a minute, else what became of it.
-std::string survives(uint64_t seed) {
-  const model m = hostile_model(seed);
+// Load model m (number `seed`) and run what an application may run on it:
+// the LP (also by the barrier when `barrier`) and ranging, the search (on
+// two threads for every fifth), a MIP start of hostile values, and for
+// every tenth the search for infeasible subsystems; in a child process, so
+// that an abort is seen as such.  Every call may refuse; none may end the
+// process or run on: "" when the child exited normally within a minute,
+// else what became of it.
+std::string survives(const model &m, uint64_t seed, bool barrier) {
   pid_t pid = fork();
   if (pid == 0) {
     KVSLprob q = nullptr;
@@ -405,6 +405,7 @@ std::string survives(uint64_t seed) {
       KVSLsetdblcontrol(q, KVSL_CTRL_TIMELIMIT, 2.0);
       if (seed % 5 == 0) KVSLsetintcontrol(q, KVSL_CTRL_THREADS, 2);
       KVSLchgobjsense(q, m.sense);
+      if (barrier) KVSLlpoptimize(q, "b");
       KVSLlpoptimize(q, "");
       KVSLrange(q);
       KVSLmipoptimize(q, "");
@@ -454,9 +455,27 @@ TEST(HostileNumbers, NoModelEndsTheProcess) {
   ASSERT_EQ(KVSLinit(nullptr), 0);
   int died = 0;
   for (uint64_t seed = 1; seed <= hostile_count; ++seed)
-    if (std::string fate = survives(seed); !fate.empty() && ++died <= 5)
+    if (std::string fate = survives(hostile_model(seed), seed, false); !fate.empty() && ++died <= 5)
       ADD_FAILURE() << "seed " << seed << ": " << fate;
   EXPECT_EQ(died, 0) << "of " << hostile_count << " models";
+  EXPECT_EQ(KVSLfree(), 0);
+}
+
+// The barrier on ordinary models (no hostile numbers): it still aborts the
+// process (the backend's "primal off to infinity" or "dual off to
+// infinity") on 10 of these 5 000 models, infeasible or unbounded LPs such
+// as model 3389 (a column in no row with a cost towards its infinite
+// bound).  Not fixed yet: this test fails until the barrier is kept away
+// from them or replaced.
+TEST(HostileNumbers, DISABLED_BarrierOnOrdinaryModels) {
+  ASSERT_EQ(KVSLinit(nullptr), 0);
+  int died = 0;
+  for (uint64_t seed = 1; seed <= 5000; ++seed)
+    if (std::string fate = survives(generate(seed, seed % 3 == 0 ? (k_integer | k_large) : 0xFF),
+                                    seed, true);
+        !fate.empty() && ++died <= 20)
+      ADD_FAILURE() << "seed " << seed << ": " << fate;
+  EXPECT_EQ(died, 0) << "of 5000 models";
   EXPECT_EQ(KVSLfree(), 0);
 }
 
