@@ -168,15 +168,20 @@ TEST_F(MipOracle, EverythingMixed) { run(800001, 3000, 0xFF); }
 TEST_F(MipOracle, WideCoefficients) { run(900001, 1500, k_integer | k_wide); }
 TEST_F(MipOracle, WideCoefficientsMixed) { run(950001, 1000, 0xFF | k_wide); }
 
+// A count of models for make test: `plain`, or `sanitized` in a build under
+// AddressSanitizer, which runs the engine some twenty times slower.
+constexpr int model_count(int plain, int sanitized) {
+#ifdef __SANITIZE_ADDRESS__
+  return sanitized;
+#else
+  return plain;
+#endif
+}
+
 // Larger integer models, whose searches branch (the small ones above mostly
 // end at the root).  Their enumeration is what takes the time (up to 300 000
-// points a model): under AddressSanitizer, twenty times slower, a fifth of
-// them run.
-#ifdef __SANITIZE_ADDRESS__
-constexpr int larger_count = 60;
-#else
-constexpr int larger_count = 300;
-#endif
+// points a model): under AddressSanitizer a fifth of them run.
+constexpr int larger_count = model_count(300, 60);
 TEST_F(MipOracle, LargerIntegerModels) { run(30000001, larger_count, k_integer | k_large); }
 TEST_F(MipOracle, LargerWideIntegerModels) {
   run(30500001, larger_count, k_integer | k_large | k_wide);
@@ -201,11 +206,7 @@ TEST_F(MipOracle, TwoThreadsEverythingMixed) {
 // Continuous columns with costs in a part of the model that keeps the
 // objective's values on a lattice, which the search prunes by, and near
 // misses where it does not (about half of the models search with a step).
-#ifdef __SANITIZE_ADDRESS__
-constexpr int network_count = 1000;
-#else
-constexpr int network_count = 5000;
-#endif
+constexpr int network_count = model_count(5000, 1000);
 TEST_F(MipOracle, ContinuousColumnsOfANetworkForm) {
   run(38000001, network_count, k_integer | k_network);
 }
@@ -441,11 +442,7 @@ std::string survives(const model &m, uint64_t seed, bool barrier) {
   return WIFEXITED(st) && WEXITSTATUS(st) == 0 ? "" : "the child failed";
 }
 
-#ifdef __SANITIZE_ADDRESS__
-constexpr int hostile_count = 600;
-#else
-constexpr int hostile_count = 3000;
-#endif
+constexpr int hostile_count = model_count(3000, 600);
 
 // Without the check of bounds no number meets, 2% of these models aborted
 // the process inside the simplex (a lower bound of +infinity, a row whose
