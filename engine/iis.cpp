@@ -303,11 +303,7 @@ template <class F>
 int guarded(KVSLprob prob, F &&step, bool solves = false) {
   if (prob == nullptr) return KVSL_ERR_BADARG;
   if (!prob->loaded) return kvsl::fail(prob, KVSL_ERR_NOTLOADED);
-  const char *why = nullptr;
-  if (int rc = solves ? kvsl::validate_problem(prob, &why) : 0; rc != 0) {
-    kvsl::message(prob, 4, why);
-    return kvsl::fail(prob, rc);
-  }
+  if (int rc = solves ? kvsl::refuse_invalid(prob) : 0; rc != 0) return rc;
   // Each call that searches has the time limit to itself.
   kvsl::deadline_scope limits(prob);
   try {

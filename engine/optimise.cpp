@@ -20,11 +20,9 @@ bool has_globals(const kvsl_prob *prob) {
 int optimise(KVSLprob prob, const char *flags, bool search) {
   if (prob == nullptr) return KVSL_ERR_BADARG;
   if (!prob->loaded) return kvsl::fail(prob, KVSL_ERR_NOTLOADED);
-  const char *why = nullptr;
-  if (int rc = kvsl::validate_problem(prob, &why); rc != 0) {
+  if (int rc = kvsl::refuse_invalid(prob); rc != 0) {
     kvsl::drop_solutions(prob);
-    kvsl::message(prob, 4, why);
-    return kvsl::fail(prob, rc);
+    return rc;
   }
   kvsl::deadline_scope limits(prob);
   if (search && !kvsl::has_flag(flags, 'l')) return kvsl::solve_mip(prob, flags);

@@ -90,9 +90,10 @@ void apply_changes(OsiSolverInterface *solver, const std::vector<bound_change> &
 int confirm_verdict(ClpSimplex &m);
 
 // Check the loaded problem's numbers, bounds and entities before an
-// optimisation: 0, or KVSL_ERR_BADNUMBER or KVSL_ERR_ENTITY with the
-// reason's text in *why.
-int validate_problem(const kvsl_prob *prob, const char **why);
+// optimisation or a search for infeasible subsystems: 0, or (after a line
+// of level 4 that says why) the failure KVSL_ERR_BADNUMBER or
+// KVSL_ERR_ENTITY.
+int refuse_invalid(kvsl_prob *prob);
 
 // ---- Column entities: semi-continuous (integer) and partial integer -----
 // Set the search model's relaxation bounds and integer columns.

@@ -52,8 +52,8 @@ bool is_binary_column(const kvsl_prob *prob, int col) {
   return false;
 }
 
-}  // namespace
-
+// The problem's numbers, bounds and entities: 0, or KVSL_ERR_BADNUMBER or
+// KVSL_ERR_ENTITY with the reason's text in *why.
 int validate_problem(const kvsl_prob *prob, const char **why) {
   const ClpSimplex &m = *prob->lp;
   int n = m.numberColumns(), r = m.numberRows();
@@ -84,6 +84,16 @@ int validate_problem(const kvsl_prob *prob, const char **why) {
       return KVSL_ERR_ENTITY;
     }
   return 0;
+}
+
+}  // namespace
+
+int refuse_invalid(kvsl_prob *prob) {
+  const char *why = nullptr;
+  const int rc = validate_problem(prob, &why);
+  if (rc == 0) return 0;
+  message(prob, 4, why);
+  return fail(prob, rc);
 }
 
 }  // namespace kvsl
